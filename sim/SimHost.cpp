@@ -1,0 +1,2 @@
+#include "SimHost.h"
+SimHost::SimHost(const QString &) { }

@@ -1,0 +1,7 @@
+#pragma once
+#include <QString>
+class SimHost
+{
+public:
+    explicit SimHost(const QString &root);
+};

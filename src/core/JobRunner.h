@@ -1,0 +1,72 @@
+#pragma once
+
+#include "LineSplitter.h"
+#include "LogLines.h"
+#include "ProcessResult.h"
+#include "RunningJob.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QVariant>
+#include <QtQml/qqmlregistration.h>
+
+#include <QCoroTask>
+
+#include <optional>
+
+// Runs one long command at a time and turns its output into a live log with a progress value.
+class JobRunner : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Owned by the setup controller and the phone store")
+    Q_PROPERTY(QString title READ title NOTIFY titleChanged)
+    Q_PROPERTY(QStringList lines READ lines NOTIFY linesChanged)
+    Q_PROPERTY(LogLines *lineModel READ lineModel CONSTANT)
+    Q_PROPERTY(QVariant progress READ progressVariant NOTIFY progressChanged)
+    Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
+    Q_PROPERTY(RunningJob *job READ job NOTIFY jobChanged)
+
+public:
+    static constexpr int maxLines = 3000;
+    static constexpr int trimmedLines = 500;
+
+    explicit JobRunner(QObject *parent = nullptr);
+
+    QString title() const { return m_title; }
+    const QStringList &lines() const { return m_lines->lines(); }
+    LogLines *lineModel() const { return m_lines; }
+    std::optional<double> progress() const { return m_progress; }
+    bool isRunning() const { return m_isRunning; }
+    RunningJob *job() const { return m_job; }
+
+    // Refused at once, with nothing changed, while another job runs.
+    QCoro::Task<ProcessResult> run(QString title, QString executable, QStringList arguments,
+        std::optional<QString> input = std::nullopt);
+
+Q_SIGNALS:
+    void titleChanged();
+    void linesChanged();
+    void progressChanged();
+    void isRunningChanged();
+    void jobChanged();
+    // Any of the above; owners repeat it as their own change.
+    void changed();
+
+private:
+    QVariant progressVariant() const { return m_progress ? QVariant(*m_progress) : QVariant(); }
+    void setTitle(const QString &title);
+    void setProgress(std::optional<double> progress);
+    void setRunning(bool running);
+    void setJob(RunningJob *job);
+    void appendLines(const QStringList &lines);
+    void addLine(const QString &line);
+
+    QString m_title;
+    LogLines *m_lines;
+    std::optional<double> m_progress;
+    bool m_isRunning = false;
+    QPointer<RunningJob> m_job;
+    LineSplitter m_splitter;
+    bool m_lastWasProgress = false;
+};

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+// Turns streamed chunks into complete, non-blank lines. Line feed, carriage return and the pair
+// CR LF end a line; nothing else does, so progress bars that redraw with CR become separate lines.
+// A CR LF split across two chunks leaves an empty piece, which is blank and so dropped.
+class LineSplitter
+{
+public:
+    QStringList feed(const QString &chunk);
+    // The unfinished rest at the end of a stream, unless it is blank.
+    std::optional<QString> flush();
+
+    const QString &carry() const { return m_carry; }
+
+private:
+    QString m_carry;
+};
+
+// Blank: empty, or only tabs and space separators.
+bool isBlank(QStringView text);
+
+// The percentage (0 to 100) written right before the line's last "%", if there is one.
+std::optional<int> percentValue(QStringView line);

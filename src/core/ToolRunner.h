@@ -1,0 +1,29 @@
+#pragma once
+
+#include "ProcessResult.h"
+#include "RunningJob.h"
+
+#include <QPointer>
+#include <QProcessEnvironment>
+#include <QStringList>
+
+#include <QCoroTask>
+
+#include <functional>
+#include <optional>
+
+
+
+// The one way short-lived tools are run: never a shell, always an absolute path and a complete environment.
+namespace ToolRunner {
+
+using OutputSink = std::function<void(const QString &chunk)>;
+
+// Resolves exactly once, on the thread that awaited it. Never throws.
+// `timeout` is in seconds and only asks the child to terminate; `input` is written to standard
+// input, which is then closed (without it, standard input is the null device).
+QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironment env,
+    std::optional<double> timeout = std::nullopt, std::optional<QString> input = std::nullopt,
+    QPointer<RunningJob> job = nullptr, OutputSink onOutput = {});
+
+} // namespace ToolRunner

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "ProcessResult.h"
+
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+
+#include <QCoroTask>
+
+#include <optional>
+
+// Where the SDK and every tool are, and the environment every child gets. Nothing is cached:
+// a tool installed a moment ago is found by the next question.
+namespace AndroidTools {
+
+QString appSupportDir();
+QString sdkRoot();
+std::optional<QString> firstExecutable(const QStringList &paths);
+
+std::optional<QString> sdkManager();
+std::optional<QString> avdManager();
+std::optional<QString> adbPath();
+std::optional<QString> emulatorPath();
+std::optional<QString> brewPath();
+std::optional<QString> javaHome();
+QString licenseFile();
+
+QProcessEnvironment environment();
+void ensureSDKFolder();
+
+// Runs adb with "-s" and the serial first, when a serial is given.
+QCoro::Task<ProcessResult> runADB(QStringList args, std::optional<QString> serial = std::nullopt,
+    std::optional<double> timeout = std::nullopt);
+
+} // namespace AndroidTools
