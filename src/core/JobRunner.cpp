@@ -29,11 +29,14 @@ QCoro::Task<ProcessResult> JobRunner::run(
     setJob(job);
 
     QPointer<JobRunner> self(this);
-    const ProcessResult result = co_await ToolRunner::run(executable, arguments, AndroidTools::environment(),
-        std::nullopt, input, job, [self](const QString &chunk) {
-            if (self)
-                self->appendLines(self->m_splitter.feed(chunk));
-        });
+    ToolRunner::OutputSink sink = [self](const QString &chunk) {
+        if (self)
+            self->appendLines(self->m_splitter.feed(chunk));
+    };
+    // Arguments are built before the await: GCC 12 destroys temporaries of an awaited call twice.
+    auto running = ToolRunner::run(
+        executable, arguments, AndroidTools::environment(), std::nullopt, input, job, std::move(sink));
+    const ProcessResult result = co_await std::move(running);
     if (!self)
         co_return result;
 

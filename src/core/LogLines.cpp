@@ -2,8 +2,7 @@
 
 LogLines::LogLines(QObject *parent)
     : QAbstractListModel(parent)
-{
-}
+{ }
 
 void LogLines::reset(const QStringList &lines)
 {

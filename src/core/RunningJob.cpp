@@ -2,8 +2,7 @@
 
 RunningJob::RunningJob(QObject *parent)
     : QObject(parent)
-{
-}
+{ }
 
 void RunningJob::attach(QProcess *process)
 {

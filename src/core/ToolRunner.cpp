@@ -24,7 +24,8 @@ QString launchFailureReason(const QProcess &process)
 namespace ToolRunner {
 
 QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironment env,
-    std::optional<double> timeout, std::optional<QString> input, QPointer<RunningJob> job, OutputSink onOutput)
+    std::optional<double> timeout, std::optional<QString> input, QPointer<RunningJob> job,
+    OutputSink onOutput)
 {
     ProcessResult result;
     QProcess process;
@@ -84,7 +85,8 @@ QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironme
             QStringLiteral("Could not start %1: %2").arg(tool, launchFailureReason(process)));
     }
     deadline.stop();
-    // Whatever the child left in the pipes before it ended belongs to the run; a grandchild's later output does not.
+    // Whatever the child left in the pipes before it ended belongs to the run; a grandchild's later output
+    // does not.
     collect(process.readAllStandardOutput(), true);
     collect(process.readAllStandardError(), false);
     result.status = process.exitCode();

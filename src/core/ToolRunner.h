@@ -12,8 +12,6 @@
 #include <functional>
 #include <optional>
 
-
-
 // The one way short-lived tools are run: never a shell, always an absolute path and a complete environment.
 namespace ToolRunner {
 

@@ -101,7 +101,8 @@ std::optional<QString> javaHome()
     }
     const QDir machines(host.javaVirtualMachinesDir);
     if (machines.exists()) {
-        for (const QString &name : machines.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name))
+        for (const QString &name :
+            machines.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name))
             candidates.append(machines.filePath(name) + host.javaHomeSuffix);
     }
     for (const QString &candidate : std::as_const(candidates)) {
@@ -152,16 +153,18 @@ void ensureSDKFolder()
     QDir().mkpath(appSupportDir() + QStringLiteral("/sdk"));
 }
 
-QCoro::Task<ProcessResult> runADB(QStringList args, std::optional<QString> serial, std::optional<double> timeout)
+QCoro::Task<ProcessResult> runADB(
+    QStringList args, std::optional<QString> serial, std::optional<double> timeout)
 {
     const auto adb = adbPath();
     if (!adb) {
-        co_return ProcessResult::refused(
-            QStringLiteral("adb was not found. Install the emulator and platform tools on the Setup tab first."));
+        co_return ProcessResult::refused(QStringLiteral(
+            "adb was not found. Install the emulator and platform tools on the Setup tab first."));
     }
     if (serial)
         args = QStringList {QStringLiteral("-s"), *serial} + args;
-    co_return co_await ToolRunner::run(*adb, args, environment(), timeout);
+    auto running = ToolRunner::run(*adb, args, environment(), timeout);
+    co_return co_await std::move(running);
 }
 
 } // namespace AndroidTools

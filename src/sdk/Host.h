@@ -5,7 +5,8 @@
 // The fixed places of the machine the app runs on, and whether it has an arm64 processor.
 // The app fills it from the real machine; tests and the demo fill it from a temporary folder,
 // so nothing outside that folder is ever read or written.
-struct Host {
+struct Host
+{
     QString homebrewPrefix; // where Homebrew lives on Apple silicon
     QString legacyHomebrewPrefix; // where an Intel-era Homebrew lives
     QString javaVirtualMachinesDir; // the system's folder of installed JDKs

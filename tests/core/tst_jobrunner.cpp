@@ -1,0 +1,164 @@
+#include "Host.h"
+#include "JobRunner.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <QCoroTask>
+
+namespace {
+
+const QString shell = QStringLiteral("/bin/sh");
+
+ProcessResult runScript(JobRunner &runner, const QString &script, std::optional<QString> input = std::nullopt)
+{
+    return QCoro::waitFor(
+        runner.run(QStringLiteral("Testing"), shell, {QStringLiteral("-c"), script}, input));
+}
+
+} // namespace
+
+class TestJobRunner : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_root;
+
+private Q_SLOTS:
+    void initTestCase() { Host::setCurrent(Host::underRoot(m_root.path(), true)); }
+
+    void logs_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<double>("progress"); // -1 for none
+
+        const QString command = QStringLiteral("$ /bin/sh -c ");
+        QTest::newRow("progress bar redraws merge")
+            << "printf '[====      ] 40%%\\r[======    ] 60%%\\r[==========] 100%%\\n'"
+            << QStringList {command
+                       + "printf '[====      ] 40%%\\r[======    ] 60%%\\r[==========] 100%%\\n'",
+                   "[==========] 100%"}
+            << 1.0;
+        QTest::newRow("ordinary percentage is its own line")
+            << "printf '[==  ] 20%%\\nUnzipping 50%%\\n[====] 70%%\\n[=====] 80%%\\n'; exit 2"
+            << QStringList {command
+                       + "printf '[==  ] 20%%\\nUnzipping 50%%\\n[====] 70%%\\n[=====] 80%%\\n'; exit 2",
+                   "[==  ] 20%", "Unzipping 50%", "[=====] 80%", "Finished with exit status 2."}
+            << 0.8;
+        QTest::newRow("Downloading counts as progress")
+            << "printf 'Downloading 10%%\\rDownloading 90%%\\n'"
+            << QStringList {command + "printf 'Downloading 10%%\\rDownloading 90%%\\n'", "Downloading 90%"}
+            << 1.0;
+        QTest::newRow("failure keeps the last progress")
+            << "printf '[=====     ] 50%%\\n'; exit 1"
+            << QStringList {command + "printf '[=====     ] 50%%\\n'; exit 1", "[=====     ] 50%",
+                   "Finished with exit status 1."}
+            << 0.5;
+        QTest::newRow("unfinished last line is flushed")
+            << "printf 'first\\nlast'" << QStringList {command + "printf 'first\\nlast'", "first", "last"}
+            << 1.0;
+        QTest::newRow("both streams interleave")
+            << "echo out; sleep 0.1; echo err >&2; sleep 0.1; echo out2"
+            << QStringList {command + "echo out; sleep 0.1; echo err >&2; sleep 0.1; echo out2", "out", "err",
+                   "out2"}
+            << 1.0;
+    }
+
+    void logs()
+    {
+        QFETCH(QString, script);
+        QFETCH(QStringList, lines);
+        QFETCH(double, progress);
+
+        JobRunner runner;
+        const ProcessResult result = runScript(runner, script);
+        QCOMPARE(runner.lines(), lines);
+        QCOMPARE(runner.progress().value_or(-1), progress);
+        QCOMPARE(runner.title(), QStringLiteral("Testing"));
+        QVERIFY(!runner.isRunning());
+        QVERIFY(!runner.job());
+        QCOMPARE(result.isClean(), !lines.last().startsWith(QLatin1String("Finished")));
+    }
+
+    void launchErrorIsTheClosingLine()
+    {
+        JobRunner runner;
+        const ProcessResult result = QCoro::waitFor(runner.run(QStringLiteral("Installing Java (OpenJDK 17)"),
+            m_root.filePath(QStringLiteral("brew")),
+            {QStringLiteral("install"), QStringLiteral("openjdk@17")}));
+        QCOMPARE(runner.lines().size(), 2);
+        QCOMPARE(
+            runner.lines().first(), QStringLiteral("$ %1 install openjdk@17").arg(m_root.filePath("brew")));
+        QCOMPARE(runner.lines().last(), *result.launchError);
+        QVERIFY(runner.lines().last().startsWith(QLatin1String("Could not start ")));
+        QCOMPARE(runner.progress(), std::nullopt);
+    }
+
+    void logIsTrimmed()
+    {
+        JobRunner runner;
+        runScript(runner, QStringLiteral("i=1; while [ $i -le 3000 ]; do echo line $i; i=$((i+1)); done"));
+        // The command line plus 3000 lines reached 3001 entries once, which dropped the oldest 500.
+        QCOMPARE(runner.lines().size(), 2501);
+        QCOMPARE(runner.lines().first(), QStringLiteral("line 500"));
+        QCOMPARE(runner.lines().last(), QStringLiteral("line 3000"));
+        QCOMPARE(runner.lineModel()->rowCount(), 2501);
+    }
+
+    void secondRunIsRefused()
+    {
+        JobRunner runner;
+        auto first = runner.run(QStringLiteral("First"), shell,
+            {QStringLiteral("-c"), QStringLiteral("echo started; sleep 0.5; echo finished")});
+        QTRY_COMPARE(runner.lines().size(), 2);
+        const QStringList before = runner.lines();
+
+        const ProcessResult refused = QCoro::waitFor(runner.run(QStringLiteral("Second"), shell, {}));
+        QCOMPARE(refused.status, -1);
+        QCOMPARE(refused.launchError, QStringLiteral("Another install is already running."));
+        QCOMPARE(runner.title(), QStringLiteral("First"));
+        QCOMPARE(runner.lines(), before);
+        QVERIFY(runner.isRunning());
+
+        const ProcessResult result = QCoro::waitFor(std::move(first));
+        QVERIFY(result.isClean());
+        QCOMPARE(runner.lines().last(), QStringLiteral("finished"));
+    }
+
+    void cancelFromTheHandle()
+    {
+        JobRunner runner;
+        QSignalSpy changes(&runner, &JobRunner::changed);
+        QTimer::singleShot(300, &runner, [&] { runner.job()->cancel(); });
+        const ProcessResult result = runScript(runner, QStringLiteral("echo working; exec sleep 10"));
+        QVERIFY(result.cancelled);
+        QCOMPARE(runner.lines().last(), QStringLiteral("Cancelled."));
+        QCOMPARE(runner.progress(), std::nullopt);
+        QVERIFY(changes.count() >= 5);
+    }
+
+    void inputReachesTheTool()
+    {
+        JobRunner runner;
+        const ProcessResult result = runScript(
+            runner, QStringLiteral("read answer; echo \"answer: $answer\""), QStringLiteral("y\n"));
+        QVERIFY(result.isClean());
+        QCOMPARE(runner.lines().last(), QStringLiteral("answer: y"));
+    }
+
+    void nextRunReplacesTheLog()
+    {
+        JobRunner runner;
+        runScript(runner, QStringLiteral("printf '[==] 50%%\\n'; exit 1"));
+        QCOMPARE(runner.progress(), 0.5);
+        runScript(runner, QStringLiteral("echo again"));
+        QCOMPARE(runner.lines().size(), 2);
+        QCOMPARE(runner.lines().last(), QStringLiteral("again"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestJobRunner)
+#include "tst_jobrunner.moc"

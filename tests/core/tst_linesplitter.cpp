@@ -1,0 +1,100 @@
+#include "LineSplitter.h"
+
+#include <QTest>
+
+class TestLineSplitter : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void feed_data()
+    {
+        QTest::addColumn<QStringList>("chunks");
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<QString>("carry");
+
+        QTest::newRow("unfinished line is held") << QStringList {"abc"} << QStringList {} << "abc";
+        QTest::newRow("finished by the next chunk")
+            << QStringList {"abc", "def\n"} << QStringList {"abcdef"} << "";
+        QTest::newRow("three separators") << QStringList {"a\r\nb\rc\n"} << QStringList {"a", "b", "c"} << "";
+        QTest::newRow("blank pieces dropped, tab kept")
+            << QStringList {"a\n\n   \n\tb\n"} << QStringList {"a", "\tb"} << "";
+        QTest::newRow("CR LF split across chunks")
+            << QStringList {"one\r", "\ntwo\n"} << QStringList {"one", "two"} << "";
+        QTest::newRow("progress redraw")
+            << QStringList {"10%\r20%\r30%\n"} << QStringList {"10%", "20%", "30%"} << "";
+        QTest::newRow("lines keep their spaces")
+            << QStringList {"  padded  \n"} << QStringList {"  padded  "} << "";
+        QTest::newRow("no-break space is blank")
+            << QStringList {QStringLiteral("\u00a0\u3000\nx\n")} << QStringList {"x"} << "";
+        QTest::newRow("other breaks are not separators")
+            << QStringList {QStringLiteral("a\u2028b\u0085c\fd\ve\n")}
+            << QStringList {QStringLiteral("a\u2028b\u0085c\fd\ve")} << "";
+        QTest::newRow("carry after last separator") << QStringList {"x\ny"} << QStringList {"x"} << "y";
+    }
+
+    void feed()
+    {
+        QFETCH(QStringList, chunks);
+        QFETCH(QStringList, lines);
+        QFETCH(QString, carry);
+
+        LineSplitter splitter;
+        QStringList got;
+        for (const QString &chunk : chunks)
+            got += splitter.feed(chunk);
+        QCOMPARE(got, lines);
+        QCOMPARE(splitter.carry(), carry);
+    }
+
+    void flush()
+    {
+        LineSplitter splitter;
+        splitter.feed(QStringLiteral("tail"));
+        QCOMPARE(splitter.flush(), QStringLiteral("tail"));
+        QCOMPARE(splitter.flush(), std::nullopt);
+
+        splitter.feed(QStringLiteral("done\n   "));
+        QCOMPARE(splitter.flush(), std::nullopt);
+        QCOMPARE(splitter.carry(), QString());
+
+        splitter.feed(QStringLiteral(" untrimmed\t"));
+        QCOMPARE(splitter.flush(), QStringLiteral(" untrimmed\t"));
+    }
+
+    void percent_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<int>("expected"); // -1 for none
+
+        QTest::newRow("plain") << "Downloading 45%" << 45;
+        QTest::newRow("bar") << "[=====    ] 100% Done" << 100;
+        QTest::newRow("last percent counts") << "12% then 34%" << 34;
+        QTest::newRow("space before percent") << "50 %" << -1;
+        QTest::newRow("lone percent") << "%" << -1;
+        QTest::newRow("letters") << "abc%" << -1;
+        QTest::newRow("over 100") << "150%" << -1;
+        QTest::newRow("leading zeros") << "007%" << 7;
+        QTest::newRow("decimal point stops the run") << "3.5%" << 5;
+        QTest::newRow("no percent") << "Unzipping" << -1;
+        QTest::newRow("last percent has no number") << "50% then %" << -1;
+        QTest::newRow("zero") << "0%" << 0;
+        QTest::newRow("Arabic-Indic digits") << QStringLiteral("\u0664\u0665%") << -1;
+        QTest::newRow("fraction in the run") << QStringLiteral("1\u00bd%") << -1;
+        QTest::newRow("supplementary digit") << QStringLiteral("4\U0001D7DC%") << -1;
+        QTest::newRow("huge number") << "99999999999999999999999%" << -1;
+        QTest::newRow("many leading zeros") << "000000000000000000000000042%" << 42;
+    }
+
+    void percent()
+    {
+        QFETCH(QString, line);
+        QFETCH(int, expected);
+
+        const auto value = percentValue(line);
+        QCOMPARE(value.value_or(-1), expected);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLineSplitter)
+#include "tst_linesplitter.moc"
