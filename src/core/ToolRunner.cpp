@@ -5,9 +5,31 @@
 #include <QProcess>
 #include <QTimer>
 
-#include <QCoroSignal>
+#include <coroutine>
 
 namespace {
+
+// Resumes the awaiting coroutine once the process has ended (or failed to start). The resumption is
+// queued, so it happens after QProcess has finished its own bookkeeping.
+struct ProcessEnd
+{
+    QProcess *process;
+
+    bool await_ready() const { return process->state() == QProcess::NotRunning; }
+    void await_suspend(std::coroutine_handle<> awaiting) const
+    {
+        auto connection = std::make_shared<QMetaObject::Connection>();
+        *connection = QObject::connect(process, &QProcess::stateChanged, process,
+            [process = process, awaiting, connection](QProcess::ProcessState state) {
+                if (state != QProcess::NotRunning)
+                    return;
+                QObject::disconnect(*connection);
+                QMetaObject::invokeMethod(
+                    process, [awaiting] { awaiting.resume(); }, Qt::QueuedConnection);
+            });
+    }
+    void await_resume() const { }
+};
 
 // QProcess prefixes the system's reason with the call that failed; the user needs only the reason.
 QString launchFailureReason(const QProcess &process)
@@ -75,9 +97,7 @@ QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironme
             });
             deadline.start(std::max(0, int(*timeout * 1000)));
         }
-        // Awaited signals arrive queued, so each wake-up happens after QProcess has finished its own work.
-        while (process.state() != QProcess::NotRunning)
-            co_await qCoro(&process, &QProcess::stateChanged);
+        co_await ProcessEnd {&process};
     }
 
     if (failedToStart) {
