@@ -1,0 +1,274 @@
+#include "EmulatorProcess.h"
+
+#include "AndroidTools.h"
+#include "ProcessResult.h"
+
+#include <QTimer>
+
+#include <QCoroTimer>
+
+namespace {
+
+EmulatorProcess::Timing &currentTiming()
+{
+    static EmulatorProcess::Timing timing;
+    return timing;
+}
+
+// QProcess prefixes the system's reason with the call that failed; the user needs only the reason.
+QString launchFailureReason(const QProcess &process)
+{
+    QString reason = process.errorString();
+    const qsizetype colon = reason.lastIndexOf(QStringLiteral(": "));
+    if (colon >= 0)
+        reason = reason.mid(colon + 2);
+    return reason;
+}
+
+bool answered(const ProcessResult &result, QLatin1String answer)
+{
+    return result.isClean() && result.text.trimmed() == answer;
+}
+
+} // namespace
+
+const EmulatorProcess::Timing &EmulatorProcess::timing()
+{
+    return currentTiming();
+}
+
+void EmulatorProcess::setTiming(const Timing &timing)
+{
+    currentTiming() = timing;
+}
+
+EmulatorProcess::EmulatorProcess(const QString &name, QObject *parent)
+    : QObject(parent)
+    , m_name(name)
+    , m_lines(new LogLines(this))
+{
+    for (auto signal : {&EmulatorProcess::stateChanged, &EmulatorProcess::linesChanged,
+             &EmulatorProcess::failureChanged, &EmulatorProcess::portChanged})
+        connect(this, signal, this, &EmulatorProcess::changed);
+}
+
+EmulatorProcess::~EmulatorProcess()
+{
+    if (!m_process || m_process->state() == QProcess::NotRunning)
+        return;
+    // Deleting the handle would kill the emulator. It is let go instead and deletes itself once the
+    // emulator ends.
+    m_process->disconnect(this);
+    m_process->setParent(nullptr);
+    connect(m_process, &QProcess::finished, m_process, &QObject::deleteLater);
+}
+
+QString EmulatorProcess::stateName() const
+{
+    switch (m_state) {
+    case State::Stopped:
+        return QStringLiteral("Stopped");
+    case State::Starting:
+        return QStringLiteral("Starting");
+    case State::Booting:
+        return QStringLiteral("Booting");
+    case State::Running:
+        return QStringLiteral("Running");
+    case State::Stopping:
+        return QStringLiteral("Stopping");
+    }
+    Q_UNREACHABLE();
+}
+
+void EmulatorProcess::start(QString emulator, int port, StartOptions options)
+{
+    if (m_state != State::Stopped)
+        return;
+    setPort(port);
+    setFailure(std::nullopt);
+    m_splitter = {};
+
+    const QStringList arguments
+        = QStringList {QStringLiteral("-avd"), m_name, QStringLiteral("-port"), QString::number(port)}
+        + options.arguments();
+    // The log names the tool, not where it is installed.
+    m_lines->reset({QStringLiteral("$ emulator ") + arguments.join(QLatin1Char(' '))});
+    Q_EMIT linesChanged();
+
+    auto *process = new QProcess(this);
+    process->setProgram(emulator);
+    process->setArguments(arguments);
+    process->setProcessEnvironment(AndroidTools::environment());
+    process->setStandardInputFile(QProcess::nullDevice());
+    connect(process, &QProcess::readyReadStandardOutput, this,
+        [this, process] { read(process->readAllStandardOutput()); });
+    connect(process, &QProcess::readyReadStandardError, this,
+        [this, process] { read(process->readAllStandardError()); });
+    connect(process, &QProcess::finished, this, [this](int status) {
+        QTimer::singleShot(currentTiming().endDelay, this, [this, status] { processEnded(status); });
+    });
+    process->start();
+    // Blocks only as long as the exec takes: a launch failure must leave the phone stopped, never starting.
+    if (!process->waitForStarted()) {
+        setFailure(QStringLiteral("Could not start the emulator: ") + launchFailureReason(*process));
+        delete process;
+        return;
+    }
+    m_process = process;
+    setState(State::Starting);
+    startPolling();
+}
+
+void EmulatorProcess::stop()
+{
+    stopTask();
+}
+
+QCoro::Task<> EmulatorProcess::stopTask()
+{
+    if (m_state == State::Stopped || m_state == State::Stopping)
+        co_return;
+    setState(State::Stopping);
+    cancelPolling();
+
+    QPointer<EmulatorProcess> self(this);
+    // The run being stopped; a later start brings a process of its own that this stop must not touch.
+    const QPointer<QProcess> process = m_process;
+    const Timing timing = currentTiming();
+    const QStringList arguments {QStringLiteral("emu"), QStringLiteral("kill")};
+    const QString serial = this->serial();
+    auto killing = AndroidTools::runADB(arguments, serial, timing.adbTimeout);
+    const ProcessResult result = co_await std::move(killing);
+    if (!self)
+        co_return;
+    if (!result.isClean()) {
+        appendLines({QStringLiteral("adb emu kill did not succeed: ")
+            + result.launchError.value_or(result.text.trimmed())});
+    }
+
+    for (int round = 0; round < timing.stopWaitRounds; ++round) {
+        if (!process || m_process != process)
+            co_return;
+        auto sleeping = QCoro::sleepFor(timing.stopWaitStep);
+        co_await std::move(sleeping);
+        if (!self)
+            co_return;
+    }
+    if (process && m_process == process && process->state() != QProcess::NotRunning) {
+        appendLines(
+            {QStringLiteral("The emulator did not exit within 10 seconds; terminating the process.")});
+        // The end arrives as for any other exit; the state is stopping, so no failure is recorded.
+        process->terminate();
+    }
+}
+
+void EmulatorProcess::setState(State state)
+{
+    m_state = state;
+    Q_EMIT stateChanged();
+}
+
+void EmulatorProcess::setFailure(std::optional<QString> failure)
+{
+    m_failure = std::move(failure);
+    Q_EMIT failureChanged();
+}
+
+void EmulatorProcess::setPort(int port)
+{
+    m_port = port;
+    Q_EMIT portChanged();
+}
+
+void EmulatorProcess::appendLines(const QStringList &lines)
+{
+    if (lines.isEmpty())
+        return;
+    m_lines->append(lines);
+    // Trimming a large block at a time keeps it rare.
+    if (m_lines->count() > maxLines)
+        m_lines->dropFirst(trimmedLines);
+    Q_EMIT linesChanged();
+}
+
+void EmulatorProcess::read(const QByteArray &bytes)
+{
+    if (!bytes.isEmpty())
+        appendLines(m_splitter.feed(QString::fromUtf8(bytes)));
+}
+
+void EmulatorProcess::startPolling()
+{
+    cancelPolling();
+    m_pollCancelled = std::make_shared<bool>(false);
+    poll(m_pollCancelled, serial());
+}
+
+void EmulatorProcess::cancelPolling()
+{
+    if (m_pollCancelled)
+        *m_pollCancelled = true;
+    m_pollCancelled.reset();
+}
+
+QCoro::Task<> EmulatorProcess::poll(std::shared_ptr<bool> cancelled, QString serial)
+{
+    QPointer<EmulatorProcess> self(this);
+    const Timing timing = currentTiming();
+    const QStringList getState {QStringLiteral("get-state")};
+    const QStringList bootCompleted {
+        QStringLiteral("shell"), QStringLiteral("getprop"), QStringLiteral("sys.boot_completed")};
+    const auto over = [&] { return *cancelled || !self; };
+
+    while (!over() && m_state != State::Stopped && m_state != State::Stopping) {
+        auto askingState = AndroidTools::runADB(getState, serial, timing.adbTimeout);
+        const ProcessResult device = co_await std::move(askingState);
+        if (over())
+            co_return;
+        if (device.launchError && !AndroidTools::adbPath()) {
+            // Without adb the boot cannot be followed; the emulator runs on regardless.
+            setFailure(device.launchError);
+            co_return;
+        }
+        if (answered(device, QLatin1String("device"))) {
+            if (m_state == State::Starting)
+                setState(State::Booting);
+            auto askingBoot = AndroidTools::runADB(bootCompleted, serial, timing.adbTimeout);
+            const ProcessResult boot = co_await std::move(askingBoot);
+            if (over())
+                co_return;
+            if (answered(boot, QLatin1String("1"))) {
+                if (m_state == State::Booting || m_state == State::Starting)
+                    setState(State::Running);
+                co_return;
+            }
+        }
+        auto sleeping = QCoro::sleepFor(timing.bootPollInterval);
+        co_await std::move(sleeping);
+    }
+}
+
+void EmulatorProcess::processEnded(int status)
+{
+    m_process->disconnect(this);
+    read(m_process->readAllStandardOutput());
+    read(m_process->readAllStandardError());
+    if (const auto rest = m_splitter.flush())
+        appendLines({*rest});
+    cancelPolling();
+
+    const State previous = m_state;
+    m_process->deleteLater();
+    m_process = nullptr;
+    if (previous != State::Stopping) {
+        if (status != 0) {
+            const QStringList &all = lines();
+            const QStringList last = all.mid(std::max<qsizetype>(0, all.size() - 15));
+            setFailure(QStringLiteral("The emulator exited with status %1.\n\n").arg(status)
+                + last.join(QLatin1Char('\n')));
+        } else if (previous == State::Starting) {
+            setFailure(QStringLiteral("The emulator exited before it finished starting."));
+        }
+    }
+    setState(State::Stopped);
+}

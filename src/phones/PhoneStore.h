@@ -1,0 +1,159 @@
+#pragma once
+
+#include "AVDInfo.h"
+#include "DeviceDef.h"
+#include "EmulatorProcess.h"
+#include "JobRunner.h"
+#include "StartOptions.h"
+#include "SystemImage.h"
+
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QSet>
+#include <QVariant>
+#include <QtQml/qqmlregistration.h>
+
+#include <QCoroQmlTask>
+#include <QCoroTask>
+
+#include <optional>
+
+// The virtual phones, phone models and system images the Android tools report, the state of their
+// listings, the last error, the image-install job and one emulator process per phone.
+class PhoneStore : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("The application makes the one phone store")
+    Q_PROPERTY(QVariantList phones READ phonesVariant NOTIFY phonesChanged)
+    Q_PROPERTY(QVariantList devices READ devicesVariant NOTIFY devicesChanged)
+    Q_PROPERTY(QVariantList images READ imagesVariant NOTIFY imagesChanged)
+    Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
+    Q_PROPERTY(bool imagesLoading READ imagesLoading NOTIFY imagesLoadingChanged)
+    Q_PROPERTY(bool devicesLoading READ devicesLoading NOTIFY devicesLoadingChanged)
+    Q_PROPERTY(QVariant rawPhoneListing READ rawPhoneListingVariant NOTIFY rawPhoneListingChanged)
+    Q_PROPERTY(QVariant rawDeviceListing READ rawDeviceListingVariant NOTIFY rawDeviceListingChanged)
+    Q_PROPERTY(QVariant rawImageListing READ rawImageListingVariant NOTIFY rawImageListingChanged)
+    Q_PROPERTY(QVariant errorSummary READ errorSummaryVariant NOTIFY errorSummaryChanged)
+    Q_PROPERTY(QString errorDetails READ errorDetails NOTIFY errorDetailsChanged)
+    Q_PROPERTY(JobRunner *imageJob READ imageJob CONSTANT)
+    Q_PROPERTY(QList<EmulatorProcess *> allRunners READ allRunners NOTIFY runnersChanged)
+    Q_PROPERTY(QList<EmulatorProcess *> runningRunners READ runningRunners NOTIFY runnersChanged)
+
+public:
+    static constexpr int firstConsolePort = 5554;
+    static constexpr int lastConsolePort = 5584;
+
+    // How long each tool run may take, in seconds; tests shorten them.
+    struct Timeouts
+    {
+        double list = 20.0;
+        double imageList = 180.0; // sdkmanager asks the network
+        double create = 60.0;
+        double remove = 20.0;
+    };
+    static const Timeouts &timeouts();
+    static void setTimeouts(const Timeouts &timeouts);
+
+    explicit PhoneStore(QObject *parent = nullptr);
+
+    const QList<AVDInfo> &phones() const { return m_phones; }
+    const QList<DeviceDef> &devices() const { return m_devices; }
+    const QList<SystemImage> &images() const { return m_images; }
+    bool isLoading() const { return m_isLoading; }
+    bool imagesLoading() const { return m_imagesLoading; }
+    bool devicesLoading() const { return m_devicesLoading; }
+    std::optional<QString> rawPhoneListing() const { return m_rawPhoneListing; }
+    std::optional<QString> rawDeviceListing() const { return m_rawDeviceListing; }
+    std::optional<QString> rawImageListing() const { return m_rawImageListing; }
+    std::optional<QString> errorSummary() const { return m_errorSummary; }
+    QString errorDetails() const { return m_errorDetails; }
+    JobRunner *imageJob() const { return m_imageJob; }
+
+    // The phone's emulator process, made on first use and kept until the phone is deleted.
+    Q_INVOKABLE EmulatorProcess *runner(const QString &name);
+    // Sorted by name in character order.
+    QList<EmulatorProcess *> allRunners() const;
+    QList<EmulatorProcess *> runningRunners() const;
+    // The first even console port from 5554 that no emulator uses, or 5584 when all are taken.
+    static int consolePort(const QSet<int> &busy);
+
+    // Starts the phone's emulator on a free console port; does nothing unless it is stopped.
+    Q_INVOKABLE void start(const QString &name, const StartOptions &options);
+    Q_INVOKABLE void dismissError();
+
+    Q_INVOKABLE void refresh();
+    Q_INVOKABLE void loadDevices();
+    Q_INVOKABLE void loadImages();
+    QCoro::Task<> refreshTask();
+    QCoro::Task<> loadDevicesTask();
+    QCoro::Task<> loadImagesTask();
+
+    // Not empty, and only ASCII letters, digits, full stop, underscore and hyphen.
+    Q_INVOKABLE static bool isValidName(const QString &name);
+    // Resolves to the text that explains the failure, or to undefined once the phone exists and is listed.
+    Q_INVOKABLE QCoro::QmlTask createPhone(QString name, DeviceDef device, SystemImage image);
+    Q_INVOKABLE void deletePhone(const QString &name);
+    Q_INVOKABLE void installImage(const SystemImage &image);
+    // None when the phone was created and the list refreshed, otherwise the text that explains the failure.
+    QCoro::Task<std::optional<QString>> createPhoneTask(QString name, DeviceDef device, SystemImage image);
+    QCoro::Task<> deletePhoneTask(QString name);
+    // True when the install ran cleanly; the images are reloaded in every case.
+    QCoro::Task<bool> installImageTask(SystemImage image);
+
+Q_SIGNALS:
+    void phonesChanged();
+    void devicesChanged();
+    void imagesChanged();
+    void isLoadingChanged();
+    void imagesLoadingChanged();
+    void devicesLoadingChanged();
+    void rawPhoneListingChanged();
+    void rawDeviceListingChanged();
+    void rawImageListingChanged();
+    void errorSummaryChanged();
+    void errorDetailsChanged();
+    // A runner was made or removed, or one changed state.
+    void runnersChanged();
+    // Any of the above, and every change of the image job or of a runner.
+    void changed();
+
+private:
+    QVariantList phonesVariant() const;
+    QVariantList devicesVariant() const;
+    QVariantList imagesVariant() const;
+    QVariant rawPhoneListingVariant() const;
+    QVariant rawDeviceListingVariant() const;
+    QVariant rawImageListingVariant() const;
+    QVariant errorSummaryVariant() const;
+
+    void setPhones(const QList<AVDInfo> &phones);
+    void setDevices(const QList<DeviceDef> &devices);
+    void setImages(const QList<SystemImage> &images);
+    void setLoading(bool loading);
+    void setImagesLoading(bool loading);
+    void setDevicesLoading(bool loading);
+    void setRawPhoneListing(std::optional<QString> text);
+    void setRawDeviceListing(std::optional<QString> text);
+    void setRawImageListing(std::optional<QString> text);
+    void setError(std::optional<QString> summary, const QString &details);
+    // What goes with the summary of a failed run: the launch error, else everything the tool printed.
+    static QString failureDetails(const ProcessResult &result);
+    void removeRunner(const QString &name);
+
+    QList<AVDInfo> m_phones;
+    QList<DeviceDef> m_devices;
+    QList<SystemImage> m_images;
+    bool m_isLoading = false;
+    bool m_imagesLoading = false;
+    bool m_devicesLoading = false;
+    std::optional<QString> m_rawPhoneListing;
+    std::optional<QString> m_rawDeviceListing;
+    std::optional<QString> m_rawImageListing;
+    std::optional<QString> m_errorSummary;
+    QString m_errorDetails;
+    JobRunner *m_imageJob;
+    // Keyed by phone name, so the values come out in name order.
+    QMap<QString, EmulatorProcess *> m_runners;
+};

@@ -1,0 +1,391 @@
+#include "AndroidTools.h"
+#include "EmulatorProcess.h"
+#include "StandInTools.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <QCoroTask>
+
+using namespace std::chrono_literals;
+using State = EmulatorProcess::State;
+
+namespace {
+
+const QString phoneName = QStringLiteral("Pixel_7_API_34");
+const QString commandLine = QStringLiteral("$ emulator -avd Pixel_7_API_34 -port 5554 -gpu auto");
+const QString terminating
+    = QStringLiteral("The emulator did not exit within 10 seconds; terminating the process.");
+
+// Short waits, so that the slow paths take well under a second.
+EmulatorProcess::Timing quickTiming()
+{
+    EmulatorProcess::Timing timing;
+    timing.bootPollInterval = 100ms;
+    timing.stopWaitStep = 50ms;
+    timing.endDelay = 50ms;
+    return timing;
+}
+
+// The names of the states a phone passes through, in order.
+struct StateLog
+{
+    explicit StateLog(EmulatorProcess &phone)
+    {
+        QObject::connect(&phone, &EmulatorProcess::stateChanged, &phone,
+            [this, &phone] { names.append(phone.stateName()); });
+    }
+
+    QStringList names;
+};
+
+} // namespace
+
+class TestEmulatorProcess : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<StandInTools> m_tools;
+
+    QString emulator() const { return *AndroidTools::emulatorPath(); }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_root = std::make_unique<QTemporaryDir>();
+        m_tools = std::make_unique<StandInTools>(m_root->path());
+        EmulatorProcess::setTiming(quickTiming());
+    }
+
+    void cleanup()
+    {
+        // Polls that were cancelled while asleep run out before the next test.
+        QTest::qWait(250);
+    }
+
+    void arguments_data()
+    {
+        QTest::addColumn<bool>("coldBoot");
+        QTest::addColumn<bool>("noSnapshot");
+        QTest::addColumn<bool>("wipeData");
+        QTest::addColumn<QString>("scale");
+        QTest::addColumn<QString>("gpu");
+        QTest::addColumn<QStringList>("arguments");
+
+        QTest::newRow("defaults") << false << false << false << "Default"
+                                  << "auto" << QStringList {"-gpu", "auto"};
+        QTest::newRow("every option") << true << true << true << "0.5"
+                                      << "host"
+                                      << QStringList {"-no-snapshot-load", "-no-snapshot", "-wipe-data",
+                                             "-scale", "0.5", "-gpu", "host"};
+        QTest::newRow("cold boot only")
+            << true << false << false << "Default"
+            << "swiftshader_indirect" << QStringList {"-no-snapshot-load", "-gpu", "swiftshader_indirect"};
+        QTest::newRow("scale not offered is passed on")
+            << false << false << false << "2.5"
+            << "auto" << QStringList {"-scale", "2.5", "-gpu", "auto"};
+        QTest::newRow("only exactly Default means no scale")
+            << false << false << false << "default"
+            << "auto" << QStringList {"-scale", "default", "-gpu", "auto"};
+        QTest::newRow("empty strings are passed on")
+            << false << true << false << ""
+            << "" << QStringList {"-no-snapshot", "-scale", "", "-gpu", ""};
+    }
+
+    void arguments()
+    {
+        QFETCH(bool, coldBoot);
+        QFETCH(bool, noSnapshot);
+        QFETCH(bool, wipeData);
+        QFETCH(QString, scale);
+        QFETCH(QString, gpu);
+        QFETCH(QStringList, arguments);
+
+        StartOptions options;
+        options.coldBoot = coldBoot;
+        options.noSnapshot = noSnapshot;
+        options.wipeData = wipeData;
+        options.scale = scale;
+        options.gpu = gpu;
+        QCOMPARE(options.arguments(), arguments);
+    }
+
+    void startBootAndStopWithTheRealWaits()
+    {
+        EmulatorProcess::setTiming({});
+        EmulatorProcess phone(phoneName);
+        const StateLog states(phone);
+        QSignalSpy changes(&phone, &EmulatorProcess::changed);
+
+        phone.start(emulator(), 5554, StartOptions {});
+        QCOMPARE(phone.state(), State::Starting);
+        QCOMPARE(phone.lines().first(), commandLine);
+        QCOMPARE(phone.serial(), QStringLiteral("emulator-5554"));
+        QTRY_COMPARE_WITH_TIMEOUT(phone.state(), State::Running, 10000);
+        QCOMPARE(states.names, (QStringList {"Starting", "Booting", "Running"}));
+        QVERIFY(phone.lines().contains(QStringLiteral("INFO    | Found AVD name 'Pixel_7_API_34'")));
+        QTRY_VERIFY(phone.lines().contains(QStringLiteral("INFO    | Boot completed in 600 ms")));
+        QCOMPARE(phone.lineModel()->count(), phone.lines().size());
+        QVERIFY(changes.count() > states.names.size());
+        // The first round came before adb saw the phone, the next one two seconds later saw it boot.
+        QCOMPARE(m_tools->adbCalls(),
+            (QStringList {"-s emulator-5554 get-state", "-s emulator-5554 get-state",
+                "-s emulator-5554 shell getprop sys.boot_completed"}));
+
+        QCoro::waitFor(phone.stopTask());
+        QCOMPARE(phone.state(), State::Stopped);
+        QCOMPARE(states.names, (QStringList {"Starting", "Booting", "Running", "Stopping", "Stopped"}));
+        QCOMPARE(phone.failure(), std::nullopt);
+        QCOMPARE(phone.property("failure"), QVariant());
+        QCOMPARE(phone.lines().last(), QStringLiteral("INFO    | Saving state on exit"));
+        QCOMPARE(m_tools->adbCalls().last(), QStringLiteral("-s emulator-5554 emu kill"));
+    }
+
+    void unexpectedEnds_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QStringList>("states");
+        QTest::addColumn<QString>("failure"); // "lines" for the status text with the last lines
+
+        QTest::newRow("crash at launch")
+            << QByteArray("at_start() { echo 'FATAL   | Unknown AVD name' >&2; exit 1; }")
+            << QStringList {"Starting", "Stopped"} << "lines";
+        QTest::newRow("status 0 while starting")
+            << QByteArray("at_start() { exit 0; }") << QStringList {"Starting", "Stopped"}
+            << "The emulator exited before it finished starting.";
+        QTest::newRow("status 0 while booting") << QByteArray("after_device() { sleep 0.5; exit 0; }")
+                                                << QStringList {"Starting", "Booting", "Stopped"} << "";
+        QTest::newRow("status 0 while running")
+            << QByteArray("after_boot() { sleep 0.5; exit 0; }")
+            << QStringList {"Starting", "Booting", "Running", "Stopped"} << "";
+    }
+
+    void unexpectedEnds()
+    {
+        QFETCH(QByteArray, behaviour);
+        QFETCH(QStringList, states);
+        QFETCH(QString, failure);
+
+        m_tools->setBehaviour(QStringLiteral("emulator"), behaviour);
+        EmulatorProcess phone(phoneName);
+        const StateLog log(phone);
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE(log.names, states);
+        if (failure == QLatin1String("lines")) {
+            QCOMPARE(phone.lines().first(), commandLine);
+            QVERIFY(phone.lines().contains(QStringLiteral("FATAL   | Unknown AVD name")));
+            QCOMPARE(phone.failure(),
+                QStringLiteral("The emulator exited with status 1.\n\n")
+                    + phone.lines().join(QLatin1Char('\n')));
+        } else {
+            QCOMPARE(phone.failure(), failure.isEmpty() ? std::nullopt : std::optional(failure));
+        }
+    }
+
+    void failureKeepsTheLastFifteenLines()
+    {
+        m_tools->setBehaviour(QStringLiteral("emulator"),
+            "at_start() { sleep 0.2; i=1; while [ $i -le 20 ]; do echo \"line $i\"; i=$((i+1)); done; exit "
+            "3; }");
+        EmulatorProcess phone(phoneName);
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE(phone.state(), State::Stopped);
+        QStringList last;
+        for (int i = 6; i <= 20; ++i)
+            last.append(QStringLiteral("line %1").arg(i));
+        QCOMPARE(phone.failure(),
+            QStringLiteral("The emulator exited with status 3.\n\n") + last.join(QLatin1Char('\n')));
+
+        // The next start clears the failure and replaces the lines.
+        m_tools->setBehaviour(QStringLiteral("emulator"), "");
+        phone.start(emulator(), 5554, StartOptions {});
+        QCOMPARE(phone.failure(), std::nullopt);
+        QCOMPARE(phone.lines(), QStringList {commandLine});
+        QTRY_COMPARE(phone.state(), State::Running);
+        QCoro::waitFor(phone.stopTask());
+    }
+
+    void stopThatNeedsTermination_data()
+    {
+        QTest::addColumn<QByteArray>("adb");
+        QTest::addColumn<QString>("killLine");
+
+        QTest::newRow("kill ignored") << QByteArray() << QString();
+        QTest::newRow("kill fails")
+            << QByteArray(
+                   "[ \"$3 $4\" = 'emu kill' ] && { echo '  error: could not connect to TCP port 5554: "
+                   "Connection refused  ' >&2; exit 1; }")
+            << "adb emu kill did not succeed: error: could not connect to TCP port 5554: Connection refused";
+    }
+
+    void stopThatNeedsTermination()
+    {
+        QFETCH(QByteArray, adb);
+        QFETCH(QString, killLine);
+
+        m_tools->setBehaviour(QStringLiteral("emulator"), "on_kill=ignore");
+        m_tools->setBehaviour(QStringLiteral("adb"), adb);
+        EmulatorProcess phone(phoneName);
+        const StateLog states(phone);
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE(phone.state(), State::Running);
+
+        QCoro::waitFor(phone.stopTask());
+        QTRY_COMPARE(phone.state(), State::Stopped);
+        QCOMPARE(states.names, (QStringList {"Starting", "Booting", "Running", "Stopping", "Stopped"}));
+        QCOMPARE(phone.failure(), std::nullopt);
+        const QStringList expected
+            = killLine.isEmpty() ? QStringList {terminating} : QStringList {killLine, terminating};
+        QCOMPARE(phone.lines().mid(phone.lines().size() - expected.size()), expected);
+    }
+
+    void stopAndStartWhileStoppingChangeNothing()
+    {
+        m_tools->setBehaviour(QStringLiteral("adb"), "[ \"$3 $4\" = 'emu kill' ] && sleep 0.3");
+        EmulatorProcess phone(phoneName);
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE(phone.state(), State::Running);
+
+        auto stopping = phone.stopTask();
+        QCOMPARE(phone.state(), State::Stopping);
+        QSignalSpy changes(&phone, &EmulatorProcess::changed);
+        const QStringList lines = phone.lines();
+        phone.stop();
+        StartOptions wipe;
+        wipe.wipeData = true;
+        phone.start(emulator(), 5556, wipe);
+        QCOMPARE(changes.count(), 0);
+        QCOMPARE(phone.port(), 5554);
+        QCOMPARE(phone.lines(), lines);
+
+        QCoro::waitFor(std::move(stopping));
+        QCOMPARE(phone.state(), State::Stopped);
+        QCOMPARE(m_tools->adbCalls().count(QStringLiteral("-s emulator-5554 emu kill")), 1);
+        phone.stop();
+        QCOMPARE(phone.state(), State::Stopped);
+    }
+
+    void startWhileRunningChangesNothing()
+    {
+        EmulatorProcess phone(phoneName);
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE(phone.state(), State::Running);
+        QSignalSpy changes(&phone, &EmulatorProcess::changed);
+        phone.start(emulator(), 5556, StartOptions {});
+        QCOMPARE(changes.count(), 0);
+        QCOMPARE(phone.serial(), QStringLiteral("emulator-5554"));
+        QCoro::waitFor(phone.stopTask());
+    }
+
+    void launchFailure()
+    {
+        EmulatorProcess phone(phoneName);
+        QSignalSpy states(&phone, &EmulatorProcess::stateChanged);
+        phone.start(m_root->filePath(QStringLiteral("missing/emulator")), 5556, StartOptions {});
+        QCOMPARE(phone.state(), State::Stopped);
+        QCOMPARE(phone.failure(), QStringLiteral("Could not start the emulator: No such file or directory"));
+        QCOMPARE(phone.property("failure"),
+            QVariant(QStringLiteral("Could not start the emulator: No such file or directory")));
+        QCOMPARE(phone.lines(), QStringList {"$ emulator -avd Pixel_7_API_34 -port 5556 -gpu auto"});
+        QCOMPARE(phone.port(), 5556);
+        QCOMPARE(states.count(), 0);
+
+        writeFile(m_root->filePath(QStringLiteral("plain")), "not a program");
+        phone.start(m_root->filePath(QStringLiteral("plain")), 5554, StartOptions {});
+        QCOMPARE(phone.state(), State::Stopped);
+        QCOMPARE(phone.failure(), QStringLiteral("Could not start the emulator: Permission denied"));
+    }
+
+    void outputBecomesLines()
+    {
+        // A line in two pieces, blank lines, a line with leading white space, and an unfinished last line.
+        m_tools->setBehaviour(QStringLiteral("emulator"),
+            "at_start() { sleep 0.2; printf 'first'; sleep 0.5; printf ' half\\n\\n   \\r\\n\\tindented\\n'; "
+            "printf 'no end'; "
+            "exit 0; }");
+        EmulatorProcess phone(phoneName);
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_VERIFY(phone.lines().contains(QStringLiteral("INFO    | Found AVD name 'Pixel_7_API_34'")));
+        QTest::qWait(400);
+        QCOMPARE(phone.lines().size(), 3);
+        QTRY_COMPARE(phone.state(), State::Stopped);
+        QCOMPARE(phone.lines().mid(phone.lines().size() - 3),
+            (QStringList {"first half", "\tindented", "no end"}));
+        QCOMPARE(phone.lines().size(), 6);
+    }
+
+    void logIsTrimmed()
+    {
+        // 3997 lines and the three before them make 4000, which stay; one more makes 4001, which drops 1000.
+        m_tools->setBehaviour(QStringLiteral("emulator"),
+            "at_start() { sleep 0.2; i=1; while [ $i -le 3997 ]; do echo \"line $i\"; i=$((i+1)); done; "
+            "sleep 0.5; "
+            "echo 'one more'; sleep 0.3; exit 0; }");
+        EmulatorProcess phone(phoneName);
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE(phone.lines().size(), 4000);
+        QCOMPARE(phone.lines().last(), QStringLiteral("line 3997"));
+        QTRY_COMPARE(phone.lines().size(), 3001);
+        QCOMPARE(phone.lines().first(), QStringLiteral("line 998"));
+        QCOMPARE(phone.lines().last(), QStringLiteral("one more"));
+        QCOMPARE(phone.lineModel()->count(), 3001);
+        QTRY_COMPARE(phone.state(), State::Stopped);
+    }
+
+    void pollRetriesUntilTheDeviceAnswers()
+    {
+        m_tools->setBehaviour(QStringLiteral("adb"), "[ \"$3\" = get-state ] && { echo offline; exit 0; }");
+        EmulatorProcess phone(phoneName);
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_VERIFY(m_tools->adbCalls().size() >= 4);
+        QCOMPARE(phone.state(), State::Starting);
+        QVERIFY(m_tools->adbCalls().filter(QStringLiteral("getprop")).isEmpty());
+
+        m_tools->setBehaviour(QStringLiteral("adb"), "");
+        QTRY_COMPARE(phone.state(), State::Running);
+        QCoro::waitFor(phone.stopTask());
+    }
+
+    void adbMissing()
+    {
+        QFile::remove(AndroidTools::sdkRoot() + QStringLiteral("/platform-tools/adb"));
+        const QString notFound = QStringLiteral(
+            "adb was not found. Install the emulator and platform tools on the Setup tab first.");
+        m_tools->setBehaviour(QStringLiteral("emulator"), "device_after=0; boot_after=0");
+        EmulatorProcess phone(phoneName);
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE(phone.failure(), notFound);
+        QTRY_VERIFY(phone.lines().contains(QStringLiteral("INFO    | Boot completed in 600 ms")));
+        QTest::qWait(300);
+        QCOMPARE(phone.state(), State::Starting);
+
+        // Nothing can ask the emulator to quit, so it is terminated; the failure stays.
+        QCoro::waitFor(phone.stopTask());
+        QTRY_COMPARE(phone.state(), State::Stopped);
+        QCOMPARE(phone.failure(), notFound);
+        QCOMPARE(phone.lines().mid(phone.lines().size() - 2),
+            (QStringList {QStringLiteral("adb emu kill did not succeed: ") + notFound, terminating}));
+    }
+
+    void droppingTheObjectLeavesTheEmulatorRunning()
+    {
+        auto *phone = new EmulatorProcess(phoneName);
+        phone->start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE(phone->state(), State::Running);
+        delete phone;
+
+        QTest::qWait(200);
+        const QString pid = m_tools->control(QStringLiteral("emulator-5554.pid"));
+        QVERIFY(QFile::exists(pid));
+        const ProcessResult killed = QCoro::waitFor(AndroidTools::runADB(
+            {QStringLiteral("emu"), QStringLiteral("kill")}, QStringLiteral("emulator-5554"), 10.0));
+        QVERIFY(killed.isClean());
+        QTRY_VERIFY(!QFile::exists(pid));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestEmulatorProcess)
+#include "tst_emulatorprocess.moc"

@@ -1,0 +1,675 @@
+#include "AndroidTools.h"
+#include "PhoneStore.h"
+#include "StandInTools.h"
+
+#include <QFile>
+#include <QPointer>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <QCoroTask>
+
+using namespace std::chrono_literals;
+using State = EmulatorProcess::State;
+
+namespace {
+
+const QString pixel7 = QStringLiteral("Pixel_7_API_34");
+const QString playImage = QStringLiteral("system-images;android-34;google_apis_playstore;arm64-v8a");
+
+DeviceDef pixel7Device()
+{
+    return DeviceDef {QStringLiteral("pixel_7"), QStringLiteral("Pixel 7"), QStringLiteral("Google")};
+}
+
+SystemImage image34()
+{
+    return SystemImage {playImage, 34, QStringLiteral("google_apis_playstore"), false};
+}
+
+QStringList names(const QList<AVDInfo> &phones)
+{
+    QStringList names;
+    for (const AVDInfo &phone : phones)
+        names.append(phone.name);
+    return names;
+}
+
+} // namespace
+
+class TestPhoneStore : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<StandInTools> m_tools;
+
+    // Answers `avdmanager <command>` with the given shell text instead of doing it.
+    void answer(const QString &tool, const QString &command, const QByteArray &script)
+    {
+        const QByteArray words = tool == QLatin1String("sdkmanager") ? "$2" : "$1 $2";
+        m_tools->setBehaviour(
+            tool, "if [ \"" + words + "\" = '" + command.toUtf8() + "' ]; then\n" + script + "\nfi\n");
+    }
+
+    static void stopAll(PhoneStore &store)
+    {
+        for (EmulatorProcess *runner : store.allRunners()) {
+            QCoro::waitFor(runner->stopTask());
+            QTRY_COMPARE(runner->state(), State::Stopped);
+        }
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_root = std::make_unique<QTemporaryDir>();
+        m_tools = std::make_unique<StandInTools>(m_root->path());
+        EmulatorProcess::Timing timing;
+        timing.bootPollInterval = 100ms;
+        timing.stopWaitStep = 50ms;
+        timing.endDelay = 50ms;
+        EmulatorProcess::setTiming(timing);
+        PhoneStore::setTimeouts({});
+    }
+
+    void cleanup()
+    {
+        // Polls that were cancelled while asleep run out before the next test.
+        QTest::qWait(250);
+    }
+
+    void isValidName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("valid");
+
+        QTest::newRow("empty") << "" << false;
+        QTest::newRow("space inside") << "my phone" << false;
+        QTest::newRow("leading space") << " Pixel" << false;
+        QTest::newRow("trailing space") << "Pixel " << false;
+        QTest::newRow("accented letter") << QStringLiteral("Pixél") << false;
+        QTest::newRow("letter outside the BMP") << QStringLiteral("Pixel\U0001D400") << false;
+        QTest::newRow("slash") << "a/b" << false;
+        QTest::newRow("plain name") << "Pixel_7_API_34" << true;
+        QTest::newRow("dot and hyphen") << "a.b-c" << true;
+        QTest::newRow("every allowed character")
+            << "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._-" << true;
+        QTest::newRow("one character") << "_" << true;
+    }
+
+    void isValidName()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, valid);
+        QCOMPARE(PhoneStore::isValidName(name), valid);
+    }
+
+    void consolePort_data()
+    {
+        QTest::addColumn<QList<int>>("busy");
+        QTest::addColumn<int>("port");
+
+        QList<int> all;
+        for (int port = 5554; port <= 5584; port += 2)
+            all.append(port);
+        QTest::newRow("none busy") << QList<int> {} << 5554;
+        QTest::newRow("first two busy") << QList<int> {5554, 5556} << 5558;
+        QTest::newRow("gap is filled") << QList<int> {5554, 5558} << 5556;
+        QTest::newRow("fifteen busy") << all.mid(0, 15) << 5584;
+        QTest::newRow("all sixteen busy") << all << 5584;
+    }
+
+    void consolePort()
+    {
+        QFETCH(QList<int>, busy);
+        QFETCH(int, port);
+        QCOMPARE(PhoneStore::consolePort(QSet<int>(busy.begin(), busy.end())), port);
+    }
+
+    void runnersAreMadeOnceAndSorted()
+    {
+        PhoneStore store;
+        QSignalSpy runners(&store, &PhoneStore::runnersChanged);
+        EmulatorProcess *b = store.runner(QStringLiteral("b"));
+        EmulatorProcess *upper = store.runner(QStringLiteral("A"));
+        EmulatorProcess *lower = store.runner(QStringLiteral("a"));
+        QCOMPARE(store.runner(QStringLiteral("b")), b);
+        QCOMPARE(b->name(), QStringLiteral("b"));
+        QCOMPARE(runners.count(), 3);
+        QCOMPARE(store.allRunners(), (QList<EmulatorProcess *> {upper, lower, b}));
+        QVERIFY(store.runningRunners().isEmpty());
+    }
+
+    void createListStartStopDelete()
+    {
+        PhoneStore store;
+        QSignalSpy changes(&store, &PhoneStore::changed);
+        QCoro::waitFor(store.loadDevicesTask());
+        QCoro::waitFor(store.loadImagesTask());
+        QCOMPARE(store.devices().first(), pixel7Device());
+        // Sorted by variant, Google APIs before Google Play.
+        QCOMPARE(store.images().last().id, playImage);
+
+        const std::optional<QString> failure
+            = QCoro::waitFor(store.createPhoneTask(pixel7, store.devices().first(), store.images().last()));
+        QCOMPARE(failure, std::nullopt);
+        // The list was refreshed before the creation reported back.
+        QCOMPARE(names(store.phones()), QStringList {pixel7});
+        QCOMPARE(store.phones().first().basedOn,
+            QStringLiteral("Android 14.0 (\"UpsideDownCake\") Tag/ABI: google_apis_playstore/arm64-v8a"));
+        QCOMPARE(store.rawPhoneListing(), std::nullopt);
+        QCOMPARE(store.property("phones").toList().first().value<AVDInfo>().name, pixel7);
+        QCOMPARE(store.allRunners().size(), 1);
+        QCOMPARE(store.errorSummary(), std::nullopt);
+
+        EmulatorProcess *phone = store.runner(pixel7);
+        QStringList states;
+        connect(phone, &EmulatorProcess::stateChanged, this, [&] { states.append(phone->stateName()); });
+        const int before = changes.count();
+        store.start(pixel7, StartOptions {});
+        QCOMPARE(phone->state(), State::Starting);
+        QCOMPARE(
+            phone->lines().first(), QStringLiteral("$ emulator -avd Pixel_7_API_34 -port 5554 -gpu auto"));
+        QTRY_COMPARE(phone->state(), State::Running);
+        QCOMPARE(states, (QStringList {"Starting", "Booting", "Running"}));
+        QVERIFY(changes.count() >= before + 3);
+        QCOMPARE(store.runningRunners(), QList<EmulatorProcess *> {phone});
+        QVERIFY(phone->lines().contains(QStringLiteral("INFO    | Found AVD name 'Pixel_7_API_34'")));
+
+        QCoro::waitFor(phone->stopTask());
+        QCOMPARE(phone->state(), State::Stopped);
+        QVERIFY(store.runningRunners().isEmpty());
+
+        const QPointer<EmulatorProcess> gone(phone);
+        QCoro::waitFor(store.deletePhoneTask(pixel7));
+        QVERIFY(store.phones().isEmpty());
+        QVERIFY(store.allRunners().isEmpty());
+        QCOMPARE(store.errorSummary(), std::nullopt);
+        QTRY_VERIFY(!gone);
+    }
+
+    void twoPhonesAtOnceAndAFreedPort()
+    {
+        for (const char *name : {"A", "B", "C", "D"})
+            m_tools->createPhone(QLatin1String(name));
+        PhoneStore store;
+        QCoro::waitFor(store.refreshTask());
+        QCOMPARE(names(store.phones()), (QStringList {"A", "B", "C", "D"}));
+
+        store.start(QStringLiteral("A"), StartOptions {});
+        store.start(QStringLiteral("B"), StartOptions {});
+        QCOMPARE(store.runner(QStringLiteral("A"))->port(), 5554);
+        QCOMPARE(store.runner(QStringLiteral("B"))->port(), 5556);
+        QCOMPARE(store.runner(QStringLiteral("B"))->serial(), QStringLiteral("emulator-5556"));
+        QTRY_COMPARE(store.runningRunners().size(), 2);
+        QVERIFY(m_tools->adbCalls().contains(
+            QStringLiteral("-s emulator-5556 shell getprop sys.boot_completed")));
+
+        store.start(QStringLiteral("C"), StartOptions {});
+        QCOMPARE(store.runner(QStringLiteral("C"))->port(), 5558);
+        QTRY_COMPARE(store.runner(QStringLiteral("C"))->state(), State::Running);
+        QCoro::waitFor(store.runner(QStringLiteral("C"))->stopTask());
+        QCOMPARE(store.runner(QStringLiteral("C"))->state(), State::Stopped);
+        // C keeps its port number while stopped, but a stopped phone holds no port.
+        QCOMPARE(store.runner(QStringLiteral("C"))->port(), 5558);
+        store.start(QStringLiteral("D"), StartOptions {});
+        QCOMPARE(store.runner(QStringLiteral("D"))->port(), 5558);
+        QTRY_COMPARE(store.runningRunners().size(), 3);
+        stopAll(store);
+    }
+
+    void allSixteenPortsBusy()
+    {
+        EmulatorProcess::Timing timing = EmulatorProcess::timing();
+        timing.bootPollInterval = 2s;
+        EmulatorProcess::setTiming(timing);
+        // Emulators that never boot and end only when terminated.
+        m_tools->setBehaviour(QStringLiteral("emulator"), "at_start() { exec sleep 30; }");
+        PhoneStore store;
+        QList<int> expected;
+        for (int i = 0; i < 17; ++i) {
+            store.start(QStringLiteral("P%1").arg(i, 2, 10, QLatin1Char('0')), StartOptions {});
+            expected.append(std::min(5554 + 2 * i, 5584));
+        }
+        QList<int> ports;
+        for (EmulatorProcess *runner : store.allRunners()) {
+            QCOMPARE(runner->state(), State::Starting);
+            ports.append(runner->port());
+        }
+        QCOMPARE(ports, expected);
+
+        const QList<EmulatorProcess *> runners = store.allRunners();
+        for (EmulatorProcess *runner : runners)
+            runner->stop();
+        const auto allStopped = [&runners] {
+            return std::all_of(runners.cbegin(), runners.cend(),
+                [](EmulatorProcess *runner) { return runner->state() == State::Stopped; });
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(allStopped(), 10000);
+        QTest::qWait(2000); // the polls asleep when the stops began
+    }
+
+    void startOnlyWhenStopped()
+    {
+        m_tools->setBehaviour(QStringLiteral("emulator"), "device_after=0; boot_after=30");
+        m_tools->createPhone(pixel7);
+        PhoneStore store;
+        store.start(pixel7, StartOptions {});
+        EmulatorProcess *phone = store.runner(pixel7);
+        QTRY_COMPARE(phone->state(), State::Booting);
+
+        // Neither a second emulator nor the emulator check: not even a missing emulator is reported.
+        QFile::remove(*AndroidTools::emulatorPath());
+        QSignalSpy changes(&store, &PhoneStore::changed);
+        store.start(pixel7, StartOptions {});
+        QCOMPARE(changes.count(), 0);
+        QCOMPARE(store.errorSummary(), std::nullopt);
+
+        // The emulator sleeps through the kill while it boots, so the stop ends in termination.
+        QCoro::waitFor(phone->stopTask());
+        QTRY_COMPARE(phone->state(), State::Stopped);
+        store.start(pixel7, StartOptions {});
+        QCOMPARE(store.errorSummary(), QStringLiteral("The emulator is not installed."));
+        QCOMPARE(store.errorDetails(), QStringLiteral("Install the emulator on the Setup tab first."));
+        QCOMPARE(phone->state(), State::Stopped);
+
+        store.dismissError();
+        QCOMPARE(store.errorSummary(), std::nullopt);
+        QCOMPARE(store.property("errorSummary"), QVariant());
+        QCOMPARE(store.errorDetails(), QString());
+    }
+
+    void startOptionsReachTheEmulator()
+    {
+        m_tools->createPhone(pixel7);
+        PhoneStore store;
+        StartOptions options;
+        options.coldBoot = true;
+        options.scale = QStringLiteral("0.75");
+        options.gpu = QStringLiteral("swiftshader_indirect");
+        store.start(pixel7, options);
+        EmulatorProcess *phone = store.runner(pixel7);
+        QCOMPARE(phone->lines().first(),
+            QStringLiteral("$ emulator -avd Pixel_7_API_34 -port 5554 -no-snapshot-load -scale 0.75 -gpu "
+                           "swiftshader_indirect"));
+        QTRY_COMPARE(phone->state(), State::Running);
+        stopAll(store);
+    }
+
+    void phoneListing_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QStringList>("phones");
+        QTest::addColumn<QVariant>("raw");
+        QTest::addColumn<QVariant>("summary");
+        QTest::addColumn<QString>("details");
+
+        // Each listing follows one that found phone A, so a failure can be seen keeping it.
+        QTest::newRow("heading only") << QByteArray("echo 'Available Android Virtual Devices:'; exit 0")
+                                      << QStringList {} << QVariant() << QVariant() << "";
+        QTest::newRow("heading and separator")
+            << QByteArray("printf 'Available Android Virtual Devices:\\n---------\\n'; exit 0")
+            << QStringList {} << QVariant() << QVariant() << "";
+        QTest::newRow("text the parser cannot read")
+            << QByteArray("printf '\\n  Something else entirely\\n\\n'; exit 0") << QStringList {}
+            << QVariant("Something else entirely") << QVariant() << "";
+        QTest::newRow("failed run") << QByteArray("echo 'Error: JAVA_HOME is not set.' >&2; exit 1")
+                                    << QStringList {"A"} << QVariant()
+                                    << QVariant("Could not list phones. The command exited with status 1.")
+                                    << "Error: JAVA_HOME is not set.\n";
+        QTest::newRow("unloadable phone") << QByteArray(
+            "printf 'Available Android Virtual Devices:\\n    Name: Broken\\n   Error: Missing system "
+            "image.\\n'; exit 0") << QStringList {"Broken"}
+                                          << QVariant() << QVariant() << "";
+    }
+
+    void phoneListing()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(QStringList, phones);
+        QFETCH(QVariant, raw);
+        QFETCH(QVariant, summary);
+        QFETCH(QString, details);
+
+        m_tools->createPhone(QStringLiteral("A"));
+        PhoneStore store;
+        QCoro::waitFor(store.refreshTask());
+        QCOMPARE(names(store.phones()), QStringList {"A"});
+
+        answer(QStringLiteral("avdmanager"), QStringLiteral("list avd"), script);
+        QSignalSpy loading(&store, &PhoneStore::isLoadingChanged);
+        QCoro::waitFor(store.refreshTask());
+        QCOMPARE(loading.count(), 2);
+        QVERIFY(!store.isLoading());
+        QCOMPARE(names(store.phones()), phones);
+        QCOMPARE(store.property("rawPhoneListing"), raw);
+        QCOMPARE(store.property("errorSummary"), summary);
+        QCOMPARE(store.errorDetails(), details);
+        if (phones == QStringList {"Broken"})
+            QCOMPARE(store.phones().first().error, QStringLiteral("Missing system image."));
+    }
+
+    void refreshKeepsRunnersOfPhonesNoLongerListed()
+    {
+        m_tools->createPhone(QStringLiteral("A"));
+        m_tools->createPhone(QStringLiteral("B"));
+        PhoneStore store;
+        QCoro::waitFor(store.refreshTask());
+        QCOMPARE(store.allRunners().size(), 2);
+        QFile::remove(m_tools->control(QStringLiteral("avd/B.ini")));
+        QCoro::waitFor(store.refreshTask());
+        QCOMPARE(names(store.phones()), QStringList {"A"});
+        QCOMPARE(store.allRunners().size(), 2);
+    }
+
+    void modelListing_data()
+    {
+        QTest::addColumn<QByteArray>("script"); // empty for the stand-in's own listing
+        QTest::addColumn<QStringList>("ids");
+        QTest::addColumn<QVariant>("raw");
+        QTest::addColumn<QVariant>("summary");
+
+        QTest::newRow("pixel models only")
+            << QByteArray() << QStringList {"pixel_7", "pixel_8"} << QVariant() << QVariant();
+        QTest::newRow("no pixel model keeps all") << QByteArray(
+            "printf 'id: 0 or \"tv_1080p\"\\n    Name: TV\\n---------\\nid: 1 or \"Nexus 5\"\\n'; exit 0")
+                                                  << QStringList {"tv_1080p", "Nexus 5"} << QVariant()
+                                                  << QVariant();
+        QTest::newRow("upper-case Pixel is not a pixel")
+            << QByteArray("printf 'id: 0 or \"Pixel_X\"\\n---------\\nid: 1 or \"wear\"\\n'; exit 0")
+            << QStringList {"Pixel_X", "wear"} << QVariant() << QVariant();
+        QTest::newRow("nothing readable")
+            << QByteArray("printf 'Available devices definitions:\\n\\n'; exit 0") << QStringList {}
+            << QVariant("Available devices definitions:") << QVariant();
+        QTest::newRow("failed run") << QByteArray("exit 2") << QStringList {"pixel_7", "pixel_8"}
+                                    << QVariant()
+                                    << QVariant(
+                                           "Could not list phone models. The command exited with status 2.");
+    }
+
+    void modelListing()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(QStringList, ids);
+        QFETCH(QVariant, raw);
+        QFETCH(QVariant, summary);
+
+        PhoneStore store;
+        QCoro::waitFor(store.loadDevicesTask());
+        if (!script.isEmpty()) {
+            answer(QStringLiteral("avdmanager"), QStringLiteral("list device"), script);
+            QCoro::waitFor(store.loadDevicesTask());
+        }
+        QStringList listed;
+        for (const DeviceDef &device : store.devices())
+            listed.append(device.id);
+        QCOMPARE(listed, ids);
+        QCOMPARE(store.property("rawDeviceListing"), raw);
+        QCOMPARE(store.property("errorSummary"), summary);
+        QVERIFY(!store.devicesLoading());
+    }
+
+    void imageListing()
+    {
+        PhoneStore store;
+        QSignalSpy loading(&store, &PhoneStore::imagesLoadingChanged);
+        QCoro::waitFor(store.loadImagesTask());
+        QCOMPARE(loading.count(), 2);
+        QCOMPARE(store.images().size(), 2);
+        QCOMPARE(store.rawImageListing(), std::nullopt);
+        QVERIFY(QFile::exists(AndroidTools::sdkRoot()));
+
+        answer(QStringLiteral("sdkmanager"), QStringLiteral("--list"),
+            "echo 'Warning: Failed to download'; exit 0");
+        QCoro::waitFor(store.loadImagesTask());
+        QVERIFY(store.images().isEmpty());
+        QCOMPARE(store.rawImageListing(), QStringLiteral("Warning: Failed to download"));
+
+        // A time-out keeps what was printed so far as the details.
+        PhoneStore::Timeouts timeouts;
+        timeouts.imageList = 0.5;
+        PhoneStore::setTimeouts(timeouts);
+        answer(QStringLiteral("sdkmanager"), QStringLiteral("--list"),
+            "echo 'Loading package information...'; exec sleep 10");
+        QCoro::waitFor(store.loadImagesTask());
+        QCOMPARE(store.errorSummary(),
+            QStringLiteral("Could not list Android versions. The command did not finish in time."));
+        QCOMPARE(store.errorDetails(), QStringLiteral("Loading package information...\n"));
+        QVERIFY(store.images().isEmpty());
+        QCOMPARE(store.rawImageListing(), QStringLiteral("Warning: Failed to download"));
+    }
+
+    void createFailures_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QString>("message");
+
+        QTest::newRow("status 1 with text")
+            << QByteArray(
+                   "echo '  Error: Package path is not valid. Valid system image paths are: null  '; exit 1")
+            << "Error: Package path is not valid. Valid system image paths are: null";
+        QTest::newRow("status 1 without output")
+            << QByteArray("exit 1") << "The command exited with status 1.";
+        QTest::newRow("time-out") << QByteArray("exec sleep 10") << "The command did not finish in time.";
+    }
+
+    void createFailures()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(QString, message);
+
+        PhoneStore::Timeouts timeouts;
+        timeouts.create = 0.5;
+        PhoneStore::setTimeouts(timeouts);
+        answer(QStringLiteral("avdmanager"), QStringLiteral("create avd"), script);
+        PhoneStore store;
+        QSignalSpy phones(&store, &PhoneStore::phonesChanged);
+        const std::optional<QString> failure
+            = QCoro::waitFor(store.createPhoneTask(pixel7, pixel7Device(), image34()));
+        QCOMPARE(failure, message);
+        QCOMPARE(store.errorSummary(), QStringLiteral("Creating Pixel_7_API_34 failed."));
+        QCOMPARE(store.errorDetails(), message);
+        QCOMPARE(phones.count(), 0);
+    }
+
+    void createTwiceFails()
+    {
+        PhoneStore store;
+        QCOMPARE(QCoro::waitFor(store.createPhoneTask(pixel7, pixel7Device(), image34())), std::nullopt);
+        QCOMPARE(QCoro::waitFor(store.createPhoneTask(pixel7, pixel7Device(), image34())),
+            QStringLiteral("Error: Android Virtual Device 'Pixel_7_API_34' already exists."));
+    }
+
+    void deleteUnknownPhone()
+    {
+        m_tools->createPhone(QStringLiteral("A"));
+        PhoneStore store;
+        const QPointer<EmulatorProcess> ghost = store.runner(QStringLiteral("Ghost"));
+        QSignalSpy phones(&store, &PhoneStore::phonesChanged);
+        QCoro::waitFor(store.deletePhoneTask(QStringLiteral("Ghost")));
+        QCOMPARE(store.errorSummary(), QStringLiteral("Deleting Ghost failed."));
+        QCOMPARE(store.errorDetails(),
+            QStringLiteral("Error: There is no Android Virtual Device named 'Ghost'.\n"));
+        QCOMPARE(phones.count(), 1);
+        QCOMPARE(names(store.phones()), QStringList {"A"});
+        QCOMPARE(store.allRunners(), QList<EmulatorProcess *> {store.runner(QStringLiteral("A"))});
+        QTRY_VERIFY(!ghost);
+    }
+
+    void deletingWhileAwaitsAreInFlight()
+    {
+        // A's stop waits on a slow "adb emu kill"; B's boot poll waits on a slow "get-state".
+        m_tools->createPhone(QStringLiteral("A"));
+        m_tools->createPhone(QStringLiteral("B"));
+        PhoneStore store;
+        QCoro::waitFor(store.refreshTask());
+        store.start(QStringLiteral("A"), StartOptions {});
+        QTRY_COMPARE(store.runner(QStringLiteral("A"))->state(), State::Running);
+        m_tools->setBehaviour(
+            QStringLiteral("adb"), "case \"$*\" in *'emu kill'|*5556\\ get-state) sleep 0.6 ;; esac");
+        m_tools->setBehaviour(QStringLiteral("emulator"), "device_after=0");
+        store.start(QStringLiteral("B"), StartOptions {});
+        const QPointer<EmulatorProcess> a = store.runner(QStringLiteral("A"));
+        const QPointer<EmulatorProcess> b = store.runner(QStringLiteral("B"));
+        a->stop();
+        QCOMPARE(a->state(), State::Stopping);
+        QTest::qWait(100);
+
+        auto deletingA = store.deletePhoneTask(QStringLiteral("A"));
+        auto deletingB = store.deletePhoneTask(QStringLiteral("B"));
+        QCoro::waitFor(std::move(deletingA));
+        QCoro::waitFor(std::move(deletingB));
+        QTRY_VERIFY(!a && !b);
+        QVERIFY(store.allRunners().isEmpty());
+        QVERIFY(store.phones().isEmpty());
+
+        // Both emulators outlive their objects: A ends through the kill its stop asked for, B is asked now.
+        const QString pidA = m_tools->control(QStringLiteral("emulator-5554.pid"));
+        const QString pidB = m_tools->control(QStringLiteral("emulator-5556.pid"));
+        QTRY_VERIFY(!QFile::exists(pidA));
+        QVERIFY(QFile::exists(pidB));
+        m_tools->setBehaviour(QStringLiteral("adb"), "");
+        const ProcessResult killed = QCoro::waitFor(AndroidTools::runADB(
+            {QStringLiteral("emu"), QStringLiteral("kill")}, QStringLiteral("emulator-5556"), 10.0));
+        QVERIFY(killed.isClean());
+        QTRY_VERIFY(!QFile::exists(pidB));
+    }
+
+    void installImage()
+    {
+        PhoneStore store;
+        QCoro::waitFor(store.loadImagesTask());
+        QVERIFY(!store.images().last().installed);
+        QSignalSpy changes(&store, &PhoneStore::changed);
+        QVERIFY(QCoro::waitFor(store.installImageTask(store.images().last())));
+        QCOMPARE(store.imageJob()->title(), QStringLiteral("Installing Android 14 (API 34), Google Play"));
+        QCOMPARE(store.imageJob()->lines().first(),
+            QStringLiteral("$ %1 --sdk_root=%2 %3")
+                .arg(*AndroidTools::sdkManager(), AndroidTools::sdkRoot(), playImage));
+        QCOMPARE(store.imageJob()->progress(), 1.0);
+        // The job's own announcements reach the store's observers.
+        QVERIFY(changes.count() > 10);
+        QCOMPARE(store.images().last().id, playImage);
+        QVERIFY(store.images().last().installed);
+        QVERIFY(!store.images().first().installed);
+        QCOMPARE(store.errorSummary(), std::nullopt);
+    }
+
+    void installImageFailsOrIsCancelled_data()
+    {
+        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<bool>("cancel");
+        QTest::addColumn<QString>("summary");
+        QTest::addColumn<QString>("details");
+
+        // The summary before the install is the failed model listing's.
+        const QString before
+            = QStringLiteral("Could not list phone models. The command exited with status 1.");
+        QTest::newRow("failed") << QByteArray("echo 'Warning: Failed to find package'; exit 1") << false
+                                << "Installing the system image failed."
+                                << "Warning: Failed to find package\n";
+        QTest::newRow("cancelled") << QByteArray("echo 'Downloading'; exec sleep 10") << true << before << "";
+    }
+
+    void installImageFailsOrIsCancelled()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(bool, cancel);
+        QFETCH(QString, summary);
+        QFETCH(QString, details);
+
+        PhoneStore store;
+        answer(QStringLiteral("avdmanager"), QStringLiteral("list device"), "exit 1");
+        QCoro::waitFor(store.loadDevicesTask());
+        answer(QStringLiteral("sdkmanager"), playImage, script);
+        if (cancel) {
+            connect(store.imageJob(), &JobRunner::linesChanged, this, [&store] {
+                if (store.imageJob()->lines().size() == 2)
+                    store.imageJob()->job()->cancel();
+            });
+        }
+        QSignalSpy images(&store, &PhoneStore::imagesChanged);
+        QVERIFY(!QCoro::waitFor(store.installImageTask(image34())));
+        QCOMPARE(store.errorSummary(), summary);
+        QCOMPARE(store.errorDetails(), details);
+        QCOMPARE(images.count(), 1);
+        QCOMPARE(store.images().size(), 2);
+    }
+
+    void toolsMissing()
+    {
+        QFile::remove(*AndroidTools::avdManager());
+        QFile::remove(*AndroidTools::sdkManager());
+        PhoneStore store;
+        QSignalSpy changes(&store, &PhoneStore::changed);
+        QCoro::waitFor(store.refreshTask());
+        QCoro::waitFor(store.loadDevicesTask());
+        QCoro::waitFor(store.loadImagesTask());
+        QVERIFY(store.phones().isEmpty());
+        QCOMPARE(store.rawPhoneListing(), std::nullopt);
+        QCOMPARE(changes.count(), 2); // the phone list and its raw text, nothing else
+        QCOMPARE(QCoro::waitFor(store.createPhoneTask(pixel7, pixel7Device(), image34())),
+            QStringLiteral("avdmanager was not found."));
+        QVERIFY(!QCoro::waitFor(store.installImageTask(image34())));
+        QCoro::waitFor(store.deletePhoneTask(pixel7));
+        QCOMPARE(changes.count(), 2);
+        QCOMPARE(store.errorSummary(), std::nullopt);
+    }
+
+    void qmlDrivesTheStore()
+    {
+        PhoneStore store;
+        QCoro::waitFor(store.loadDevicesTask());
+        QCoro::waitFor(store.loadImagesTask());
+        QQmlEngine engine;
+        QQmlComponent component(&engine);
+        component.setData(R"(
+            import QtQml
+            import Tolvane
+            QtObject {
+                required property PhoneStore store
+                property startOptions options
+                property var result: "waiting"
+                readonly property var runnerNames: store.allRunners.map(runner => runner.name)
+                function start(name) {
+                    options.coldBoot = true
+                    options.gpu = "host"
+                    store.start(name, options)
+                }
+                function create(name) {
+                    result = "waiting"
+                    store.createPhone(name, store.devices[0], store.images[1]).then(error => result = error)
+                }
+            }
+        )",
+            QUrl());
+        std::unique_ptr<QObject> view(
+            component.createWithInitialProperties({{"store", QVariant::fromValue(&store)}}));
+        QVERIFY2(view, qPrintable(component.errorString()));
+
+        QMetaObject::invokeMethod(view.get(), "create", Q_ARG(QVariant, pixel7));
+        QTRY_VERIFY(view->property("result") != QVariant(QStringLiteral("waiting")));
+        QCOMPARE(view->property("result"), QVariant());
+        QCOMPARE(names(store.phones()), QStringList {pixel7});
+        QCOMPARE(view->property("runnerNames").toStringList(), QStringList {pixel7});
+
+        QMetaObject::invokeMethod(view.get(), "start", Q_ARG(QVariant, pixel7));
+        EmulatorProcess *phone = store.runner(pixel7);
+        QCOMPARE(phone->lines().first(),
+            QStringLiteral("$ emulator -avd Pixel_7_API_34 -port 5554 -no-snapshot-load -gpu host"));
+        QTRY_COMPARE(phone->state(), State::Running);
+        stopAll(store);
+
+        QMetaObject::invokeMethod(view.get(), "create", Q_ARG(QVariant, pixel7));
+        QTRY_VERIFY(view->property("result") != QVariant(QStringLiteral("waiting")));
+        QCOMPARE(view->property("result"),
+            QVariant(QStringLiteral("Error: Android Virtual Device 'Pixel_7_API_34' already exists.")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPhoneStore)
+#include "tst_phonestore.moc"
