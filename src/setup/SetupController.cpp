@@ -1,0 +1,233 @@
+#include "SetupController.h"
+
+#include "AndroidTools.h"
+#include "Host.h"
+#include "ToolRunner.h"
+
+#include <QFileInfo>
+#include <QPointer>
+
+namespace {
+
+const QString sdkManagerMissing = QStringLiteral("sdkmanager was not found.");
+
+} // namespace
+
+SetupController::SetupController(QObject *parent)
+    : QObject(parent)
+    , m_isAppleSilicon(Host::current().arm64)
+    , m_job(new JobRunner(this))
+    , m_sdkRoot(AndroidTools::sdkRoot())
+{
+    for (auto signal : {&SetupController::isAppleSiliconChanged, &SetupController::brewReadyChanged,
+             &SetupController::javaReadyChanged, &SetupController::cmdlineReadyChanged,
+             &SetupController::licensesAcceptedChanged, &SetupController::emulatorReadyChanged,
+             &SetupController::platformToolsReadyChanged, &SetupController::licenseTextChanged,
+             &SetupController::licenseLoadingChanged, &SetupController::messageChanged,
+             &SetupController::sdkRootChanged})
+        connect(this, signal, this, &SetupController::changed);
+    // With the controller as context, the connection ends with the controller.
+    connect(m_job, &JobRunner::changed, this, &SetupController::changed);
+}
+
+void SetupController::refresh()
+{
+    setFlag(m_isAppleSilicon, Host::current().arm64, &SetupController::isAppleSiliconChanged);
+    setFlag(m_brewReady, AndroidTools::brewPath().has_value(), &SetupController::brewReadyChanged);
+    setFlag(m_javaReady, AndroidTools::javaHome().has_value(), &SetupController::javaReadyChanged);
+    setFlag(m_cmdlineReady, AndroidTools::sdkManager() && AndroidTools::avdManager(),
+        &SetupController::cmdlineReadyChanged);
+    // Any file at the marker's place counts; sdkmanager owns what is in it.
+    setFlag(m_licensesAccepted, QFileInfo::exists(AndroidTools::licenseFile()),
+        &SetupController::licensesAcceptedChanged);
+    setFlag(
+        m_emulatorReady, AndroidTools::emulatorPath().has_value(), &SetupController::emulatorReadyChanged);
+    setFlag(m_platformToolsReady, AndroidTools::adbPath().has_value(),
+        &SetupController::platformToolsReadyChanged);
+    setSdkRoot(AndroidTools::sdkRoot());
+}
+
+void SetupController::hideLicenseText()
+{
+    setLicenseText(std::nullopt);
+}
+
+void SetupController::installJava()
+{
+    installJavaTask();
+}
+
+void SetupController::installCommandLineTools()
+{
+    installCommandLineToolsTask();
+}
+
+void SetupController::loadLicenseText()
+{
+    loadLicenseTextTask();
+}
+
+void SetupController::acceptLicenses()
+{
+    acceptLicensesTask();
+}
+
+void SetupController::installEmulator()
+{
+    installEmulatorTask();
+}
+
+QCoro::Task<> SetupController::installJavaTask()
+{
+    return brewInstallTask(QStringLiteral("Installing Java (OpenJDK 17)"),
+        {QStringLiteral("install"), QStringLiteral("openjdk@17")},
+        QStringLiteral("Java install failed. See the log for details."));
+}
+
+QCoro::Task<> SetupController::installCommandLineToolsTask()
+{
+    return brewInstallTask(QStringLiteral("Installing Android command line tools"),
+        {QStringLiteral("install"), QStringLiteral("--cask"), QStringLiteral("android-commandlinetools")},
+        QStringLiteral("Command line tools install failed. See the log for details."));
+}
+
+QCoro::Task<> SetupController::brewInstallTask(QString title, QStringList arguments, QString failureText)
+{
+    const auto brew = AndroidTools::brewPath();
+    if (!brew) {
+        setMessage(QStringLiteral("Homebrew is needed first."));
+        co_return;
+    }
+    setMessage(std::nullopt);
+
+    QPointer<SetupController> self(this);
+    const QString executable = *brew;
+    auto running = m_job->run(title, executable, arguments, std::nullopt);
+    const ProcessResult result = co_await std::move(running);
+    if (!self)
+        co_return;
+    if (!result.isClean() && !result.cancelled)
+        setMessage(failureText);
+    refresh();
+}
+
+QCoro::Task<> SetupController::loadLicenseTextTask()
+{
+    const auto sdkManager = AndroidTools::sdkManager();
+    if (!sdkManager) {
+        setMessage(sdkManagerMissing);
+        co_return;
+    }
+    if (!AndroidTools::javaHome()) {
+        setMessage(QStringLiteral("Install Java first."));
+        co_return;
+    }
+    AndroidTools::ensureSDKFolder();
+    setLicenseLoading(true);
+    setMessage(std::nullopt);
+
+    // Refusing every question makes sdkmanager print each licence and accept none.
+    const std::optional<QString> input = QStringLiteral("n\n").repeated(licenseAnswers);
+    const QString executable = *sdkManager;
+    const QStringList arguments = licenseArguments();
+    const QProcessEnvironment environment = AndroidTools::environment();
+    QPointer<SetupController> self(this);
+    auto running = ToolRunner::run(executable, arguments, environment, std::nullopt, input);
+    const ProcessResult result = co_await std::move(running);
+    if (!self)
+        co_return;
+
+    setLicenseLoading(false);
+    if (result.launchError) {
+        setMessage(*result.launchError);
+        co_return;
+    }
+    // The exit status says nothing useful here: refusing a licence makes sdkmanager fail.
+    const QString text = result.text.trimmed();
+    setLicenseText(text.isEmpty() ? QStringLiteral("sdkmanager printed no license text.") : text);
+}
+
+QCoro::Task<> SetupController::acceptLicensesTask()
+{
+    const auto sdkManager = AndroidTools::sdkManager();
+    if (!sdkManager) {
+        setMessage(sdkManagerMissing);
+        co_return;
+    }
+    AndroidTools::ensureSDKFolder();
+
+    // The earlier message stays visible while the licences are accepted.
+    const QString title = QStringLiteral("Accepting SDK licenses");
+    const QString executable = *sdkManager;
+    const QStringList arguments = licenseArguments();
+    const std::optional<QString> input = QStringLiteral("y\n").repeated(licenseAnswers);
+    QPointer<SetupController> self(this);
+    auto running = m_job->run(title, executable, arguments, input);
+    const ProcessResult result = co_await std::move(running);
+    if (!self)
+        co_return;
+    if (result.isClean())
+        setLicenseText(std::nullopt);
+    else if (!result.cancelled)
+        setMessage(QStringLiteral("Accepting licenses failed. See the log for details."));
+    refresh();
+}
+
+QCoro::Task<> SetupController::installEmulatorTask()
+{
+    const auto sdkManager = AndroidTools::sdkManager();
+    if (!sdkManager) {
+        setMessage(sdkManagerMissing);
+        co_return;
+    }
+    AndroidTools::ensureSDKFolder();
+    setMessage(std::nullopt);
+
+    const QString title = QStringLiteral("Installing emulator and platform tools");
+    const QString executable = *sdkManager;
+    const QStringList arguments = {QStringLiteral("--sdk_root=") + AndroidTools::sdkRoot(),
+        QStringLiteral("emulator"), QStringLiteral("platform-tools")};
+    QPointer<SetupController> self(this);
+    auto running = m_job->run(title, executable, arguments, std::nullopt);
+    const ProcessResult result = co_await std::move(running);
+    if (!self)
+        co_return;
+    if (!result.isClean() && !result.cancelled)
+        setMessage(QStringLiteral("Install failed. See the log for details."));
+    refresh();
+}
+
+QStringList SetupController::licenseArguments()
+{
+    return {QStringLiteral("--sdk_root=") + AndroidTools::sdkRoot(), QStringLiteral("--licenses")};
+}
+
+void SetupController::setFlag(bool &field, bool value, void (SetupController::*notify)())
+{
+    field = value;
+    Q_EMIT(this->*notify)();
+}
+
+void SetupController::setLicenseText(std::optional<QString> text)
+{
+    m_licenseText = std::move(text);
+    Q_EMIT licenseTextChanged();
+}
+
+void SetupController::setLicenseLoading(bool loading)
+{
+    m_licenseLoading = loading;
+    Q_EMIT licenseLoadingChanged();
+}
+
+void SetupController::setMessage(std::optional<QString> message)
+{
+    m_message = std::move(message);
+    Q_EMIT messageChanged();
+}
+
+void SetupController::setSdkRoot(const QString &root)
+{
+    m_sdkRoot = root;
+    Q_EMIT sdkRootChanged();
+}
