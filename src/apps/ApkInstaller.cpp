@@ -1,0 +1,228 @@
+#include "ApkInstaller.h"
+
+#include "AndroidTools.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace {
+
+// What an install or uninstall run has to say: why it could not start, else what adb printed.
+std::optional<QString> reply(const ProcessResult &result)
+{
+    if (result.launchError)
+        return result.launchError;
+    const QString text = result.text.trimmed();
+    if (text.isEmpty())
+        return std::nullopt;
+    return text;
+}
+
+QStringList packageNames(const QString &listing)
+{
+    static const QRegularExpression lineBreak(
+        QStringLiteral("[\\n\\r\\x{0B}\\x{0C}\\x{85}\\x{2028}\\x{2029}]"));
+    const QString prefix = QStringLiteral("package:");
+    QStringList names;
+    for (const QString &line : listing.split(lineBreak)) {
+        const QString trimmed = line.trimmed();
+        if (trimmed.startsWith(prefix))
+            names.append(trimmed.mid(prefix.size()));
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// The signature's start, and more than the signature's eight bytes.
+bool isPng(const QByteArray &bytes)
+{
+    return bytes.size() >= 9 && bytes.startsWith(QByteArray("\x89PNG", 4));
+}
+
+} // namespace
+
+ApkInstaller::ApkInstaller(QObject *parent)
+    : ApkInstaller(nullptr, parent)
+{ }
+
+ApkInstaller::ApkInstaller(SaveLocationChooser *chooser, QObject *parent)
+    : QObject(parent)
+    , m_chooser(chooser)
+{
+    for (auto signal : {&ApkInstaller::outputChanged, &ApkInstaller::busyChanged,
+             &ApkInstaller::packagesChanged, &ApkInstaller::packagesNoteChanged})
+        connect(this, signal, this, &ApkInstaller::changed);
+}
+
+void ApkInstaller::setSaveLocationChooser(SaveLocationChooser *chooser)
+{
+    m_chooser = chooser;
+}
+
+void ApkInstaller::install(const QList<QUrl> &urls, const QString &serial)
+{
+    installTask(urls, serial);
+}
+
+void ApkInstaller::refreshPackages(const QString &serial)
+{
+    refreshPackagesTask(serial);
+}
+
+void ApkInstaller::uninstall(const QString &package, const QString &serial)
+{
+    uninstallTask(package, serial);
+}
+
+void ApkInstaller::screenshot(const QString &serial)
+{
+    screenshotTask(serial);
+}
+
+QCoro::Task<> ApkInstaller::installTask(QList<QUrl> urls, QString serial)
+{
+    QStringList paths;
+    for (const QUrl &url : std::as_const(urls)) {
+        const QString path = url.path();
+        if (QFileInfo(path).suffix().toLower() == QLatin1String("apk"))
+            paths.append(path);
+    }
+    if (paths.isEmpty()) {
+        log(QStringLiteral("Only .apk files can be installed."));
+        co_return;
+    }
+
+    QPointer<ApkInstaller> self(this);
+    setBusy(true);
+    for (const QString &path : std::as_const(paths)) {
+        log(QStringLiteral("Installing ") + QFileInfo(path).fileName() + QStringLiteral("..."));
+        const QStringList arguments = {QStringLiteral("install"), QStringLiteral("-r"), path};
+        auto running = AndroidTools::runADB(arguments, serial, std::nullopt);
+        const ProcessResult result = co_await std::move(running);
+        if (!self)
+            co_return;
+        // A failed install is reported like any other and does not stop the batch.
+        log(reply(result).value_or(QStringLiteral("(adb printed nothing; exit status ")
+            + QString::number(result.status) + QLatin1Char(')')));
+    }
+    setBusy(false);
+
+    auto listing = refreshPackagesTask(serial);
+    co_await std::move(listing);
+}
+
+QCoro::Task<> ApkInstaller::refreshPackagesTask(QString serial)
+{
+    // Only the apps the user installed, not the system's own.
+    const QStringList arguments = {QStringLiteral("shell"), QStringLiteral("pm"), QStringLiteral("list"),
+        QStringLiteral("packages"), QStringLiteral("-3")};
+    const std::optional<double> timeout = listTimeout;
+    QPointer<ApkInstaller> self(this);
+    auto running = AndroidTools::runADB(arguments, serial, timeout);
+    const ProcessResult result = co_await std::move(running);
+    if (!self)
+        co_return;
+
+    const QString text = result.text.trimmed();
+    if (!result.isClean()) {
+        // The previous list stays: it still describes the phone as last seen.
+        setPackagesNote(QStringLiteral("Could not list apps: ") + result.launchError.value_or(text));
+        co_return;
+    }
+    const QStringList names = packageNames(result.text);
+    setPackages(names);
+    if (!names.isEmpty())
+        setPackagesNote(std::nullopt);
+    else if (!text.isEmpty())
+        setPackagesNote(QStringLiteral("adb said: ") + text);
+    else
+        setPackagesNote(QStringLiteral("No apps installed by you yet."));
+}
+
+QCoro::Task<> ApkInstaller::uninstallTask(QString package, QString serial)
+{
+    setBusy(true);
+    log(QStringLiteral("Uninstalling ") + package + QStringLiteral("..."));
+    const QStringList arguments = {QStringLiteral("uninstall"), package};
+    const std::optional<double> timeout = uninstallTimeout;
+    QPointer<ApkInstaller> self(this);
+    auto running = AndroidTools::runADB(arguments, serial, timeout);
+    const ProcessResult result = co_await std::move(running);
+    if (!self)
+        co_return;
+    log(reply(result).value_or(QStringLiteral("(no output)")));
+    setBusy(false);
+
+    auto listing = refreshPackagesTask(serial);
+    co_await std::move(listing);
+}
+
+QCoro::Task<> ApkInstaller::screenshotTask(QString serial)
+{
+    setBusy(true);
+    const QStringList arguments
+        = {QStringLiteral("exec-out"), QStringLiteral("screencap"), QStringLiteral("-p")};
+    const std::optional<double> timeout = screenshotTimeout;
+    QPointer<ApkInstaller> self(this);
+    auto running = AndroidTools::runADB(arguments, serial, timeout);
+    const ProcessResult result = co_await std::move(running);
+    if (!self)
+        co_return;
+    setBusy(false);
+
+    // Only the bytes tell whether a picture came back: screencap's exit status is not reliable.
+    if (result.launchError || !isPng(result.stdoutData)) {
+        log(QStringLiteral("Screenshot failed: ") + result.launchError.value_or(result.text.trimmed()));
+        co_return;
+    }
+    if (!m_chooser)
+        co_return;
+    const QString proposedName = QStringLiteral("Android Screenshot.png");
+    auto choosing = m_chooser->chooseSaveLocation(proposedName);
+    const std::optional<QString> path = co_await std::move(choosing);
+    if (!self || !path)
+        co_return;
+    saveScreenshot(*path, result.stdoutData);
+}
+
+void ApkInstaller::saveScreenshot(const QString &path, const QByteArray &png)
+{
+    // A plain write over any file of that name: the user already agreed to replace it.
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(png) != png.size()
+        || !file.flush()) {
+        log(QStringLiteral("Could not save the screenshot: ") + file.errorString());
+        return;
+    }
+    file.close();
+    log(QStringLiteral("Saved screenshot to ") + QFileInfo(path).fileName() + QLatin1Char('.'));
+}
+
+void ApkInstaller::log(const QString &message)
+{
+    if (!m_output.isEmpty())
+        m_output += QLatin1Char('\n');
+    m_output += message;
+    Q_EMIT outputChanged();
+}
+
+void ApkInstaller::setBusy(bool busy)
+{
+    m_busy = busy;
+    Q_EMIT busyChanged();
+}
+
+void ApkInstaller::setPackages(const QStringList &packages)
+{
+    m_packages = packages;
+    Q_EMIT packagesChanged();
+}
+
+void ApkInstaller::setPackagesNote(std::optional<QString> note)
+{
+    m_packagesNote = std::move(note);
+    Q_EMIT packagesNoteChanged();
+}

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "ProcessResult.h"
+#include "SaveLocationChooser.h"
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+#include <QUrl>
+#include <QVariant>
+#include <QtQml/qqmlregistration.h>
+
+#include <QCoroTask>
+
+#include <optional>
+
+// Installs, lists and uninstalls apps on a running phone and saves its screenshots. Every action is
+// given the phone's serial; what happened is written to one running log.
+class ApkInstaller : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("The application makes the one APK installer")
+    Q_PROPERTY(QString output READ output NOTIFY outputChanged)
+    Q_PROPERTY(bool busy READ busy NOTIFY busyChanged)
+    Q_PROPERTY(QStringList packages READ packages NOTIFY packagesChanged)
+    Q_PROPERTY(QVariant packagesNote READ packagesNoteVariant NOTIFY packagesNoteChanged)
+
+public:
+    static constexpr double listTimeout = 10.0; // seconds
+    static constexpr double uninstallTimeout = 30.0;
+    static constexpr double screenshotTimeout = 30.0;
+
+    explicit ApkInstaller(QObject *parent = nullptr);
+    ApkInstaller(SaveLocationChooser *chooser, QObject *parent = nullptr);
+
+    QString output() const { return m_output; }
+    bool busy() const { return m_busy; }
+    QStringList packages() const { return m_packages; }
+    std::optional<QString> packagesNote() const { return m_packagesNote; }
+
+    // Asked where each screenshot goes; without one, a screenshot is dropped as if the user cancelled.
+    void setSaveLocationChooser(SaveLocationChooser *chooser);
+
+    Q_INVOKABLE void install(const QList<QUrl> &urls, const QString &serial);
+    Q_INVOKABLE void refreshPackages(const QString &serial);
+    Q_INVOKABLE void uninstall(const QString &package, const QString &serial);
+    Q_INVOKABLE void screenshot(const QString &serial);
+
+    // The same actions, for callers that wait for the end.
+    QCoro::Task<> installTask(QList<QUrl> urls, QString serial);
+    QCoro::Task<> refreshPackagesTask(QString serial);
+    QCoro::Task<> uninstallTask(QString package, QString serial);
+    QCoro::Task<> screenshotTask(QString serial);
+
+Q_SIGNALS:
+    void outputChanged();
+    void busyChanged();
+    void packagesChanged();
+    void packagesNoteChanged();
+    // Any of the above.
+    void changed();
+
+private:
+    QVariant packagesNoteVariant() const { return m_packagesNote ? QVariant(*m_packagesNote) : QVariant(); }
+
+    // Appends one message to the log, on a line of its own.
+    void log(const QString &message);
+    void saveScreenshot(const QString &path, const QByteArray &png);
+    void setBusy(bool busy);
+    void setPackages(const QStringList &packages);
+    void setPackagesNote(std::optional<QString> note);
+
+    QString m_output;
+    bool m_busy = false;
+    QStringList m_packages;
+    std::optional<QString> m_packagesNote;
+    QPointer<SaveLocationChooser> m_chooser;
+};

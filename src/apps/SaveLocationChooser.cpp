@@ -1,0 +1,5 @@
+#include "SaveLocationChooser.h"
+
+SaveLocationChooser::SaveLocationChooser(QObject *parent)
+    : QObject(parent)
+{ }
