@@ -1,2 +1,221 @@
 #include "SimHost.h"
-SimHost::SimHost(const QString &) { }
+
+#include "Host.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+
+#include <csignal>
+
+namespace {
+
+const QString toolsDir = QStringLiteral(TOLVANE_SIM_TOOLS_DIR);
+
+void writeText(const QString &path, const QByteArray &text)
+{
+    QDir().mkpath(path.section(QLatin1Char('/'), 0, -2));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        qFatal("cannot write %s", qPrintable(path));
+    file.write(text);
+}
+
+// sh's single quotes keep every character but the quote itself.
+QByteArray shellQuoted(const QString &text)
+{
+    return "'" + text.toUtf8().replace("'", "'\\''") + "'";
+}
+
+} // namespace
+
+SimHost::SimHost(const QString &root, bool arm64)
+    : m_root(QDir(root).absolutePath())
+    , m_arm64(arm64)
+{
+    for (const char *folder : {"/.sim/behaviour", "/.sim/emulators", "/.sim/packages",
+             "/Library/Application Support", "/opt/homebrew", "/usr/local"})
+        QDir().mkpath(m_root + QLatin1String(folder));
+    setTimeScale(0.02);
+}
+
+SimHost::~SimHost()
+{
+    killEmulators();
+}
+
+void SimHost::activate() const
+{
+    Host::setCurrent(Host::underRoot(m_root, m_arm64));
+    qputenv("HOME", m_root.toUtf8());
+    qunsetenv("ANDROID_HOME");
+    qunsetenv("ANDROID_SDK_ROOT");
+}
+
+QString SimHost::sdkRoot() const
+{
+    return m_root + QStringLiteral("/Library/Application Support/Tolvane/sdk");
+}
+
+QString SimHost::brewPath() const
+{
+    return m_root + (m_legacyBrew ? QStringLiteral("/usr/local") : QStringLiteral("/opt/homebrew"))
+        + QStringLiteral("/bin/brew");
+}
+
+void SimHost::setTimeScale(double scale)
+{
+    writeText(stateDir() + QStringLiteral("/scale"), QByteArray::number(scale));
+}
+
+void SimHost::installStub(const QString &tool, const QString &path) const
+{
+    writeText(path,
+        "#!/bin/sh\nSIM_TOOLS=" + shellQuoted(toolsDir) + "; SIM_STATE=" + shellQuoted(stateDir())
+            + "; SIM_SELF=\"$0\"\nexport SIM_TOOLS SIM_STATE SIM_SELF\nexec /bin/sh \"$SIM_TOOLS/"
+            + tool.toUtf8() + "\" \"$@\"\n");
+    QFile::setPermissions(path, QFile::permissions(path) | QFileDevice::ExeOwner | QFileDevice::ExeUser);
+}
+
+void SimHost::installBrew(bool legacyPrefix)
+{
+    m_legacyBrew = legacyPrefix;
+    installStub(QStringLiteral("brew"), brewPath());
+}
+
+void SimHost::run(const QString &tool, const QStringList &args, const QByteArray &input) const
+{
+    const QString java
+        = m_root + QStringLiteral("/opt/homebrew/opt/openjdk@17/libexec/openjdk.jdk/Contents/Home");
+    QProcessEnvironment env;
+    env.insert(QStringLiteral("HOME"), m_root);
+    env.insert(QStringLiteral("TMPDIR"), QDir::tempPath());
+    env.insert(QStringLiteral("PATH"), QStringLiteral("/usr/bin:/bin:/usr/sbin:/sbin"));
+    env.insert(QStringLiteral("ANDROID_SDK_ROOT"), sdkRoot());
+    env.insert(QStringLiteral("JAVA_HOME"), java);
+    env.insert(QStringLiteral("SIM_TOOLS"), toolsDir);
+    env.insert(QStringLiteral("SIM_STATE"), stateDir());
+
+    const QString scaleFile = stateDir() + QStringLiteral("/scale");
+    QFile scale(scaleFile);
+    scale.open(QIODevice::ReadOnly);
+    const QByteArray previous = scale.readAll();
+    scale.close();
+    writeText(scaleFile, "0");
+
+    QProcess process;
+    process.setProcessEnvironment(env);
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QStringLiteral("/bin/sh"), QStringList {toolsDir + QLatin1Char('/') + tool} + args);
+    process.write(input);
+    process.closeWriteChannel();
+    const bool finished = process.waitForFinished(30000);
+    writeText(scaleFile, previous);
+    if (!finished || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        qFatal("simulated %s %s failed:\n%s", qPrintable(tool), qPrintable(args.join(QLatin1Char(' '))),
+            process.readAll().constData());
+}
+
+void SimHost::installJava()
+{
+    if (!QFile::exists(brewPath()))
+        installBrew();
+    installStub(QStringLiteral("java"),
+        m_root + QStringLiteral("/opt/homebrew/opt/openjdk@17/libexec/openjdk.jdk/Contents/Home/bin/java"));
+}
+
+void SimHost::installCommandLineTools()
+{
+    const QString bin
+        = m_root + QStringLiteral("/opt/homebrew/share/android-commandlinetools/cmdline-tools/latest/bin/");
+    for (const QString &tool : {QStringLiteral("sdkmanager"), QStringLiteral("avdmanager")}) {
+        installStub(tool, bin + tool);
+        QFile::remove(m_root + QStringLiteral("/opt/homebrew/bin/") + tool);
+        QFile::link(bin + tool, m_root + QStringLiteral("/opt/homebrew/bin/") + tool);
+    }
+}
+
+void SimHost::acceptLicenses()
+{
+    QByteArray yes;
+    for (int i = 0; i < 40; ++i)
+        yes += "y\n";
+    run(QStringLiteral("sdkmanager"),
+        {QStringLiteral("--sdk_root=") + sdkRoot(), QStringLiteral("--licenses")}, yes);
+}
+
+void SimHost::installEmulator()
+{
+    run(QStringLiteral("sdkmanager"),
+        {QStringLiteral("--sdk_root=") + sdkRoot(), QStringLiteral("emulator"),
+            QStringLiteral("platform-tools")});
+}
+
+void SimHost::installSystemImage(const QString &id)
+{
+    // An image needs sdkmanager, which needs the rest of a ready machine.
+    if (!QFile::exists(m_root + QStringLiteral("/opt/homebrew/bin/sdkmanager")))
+        makeReady();
+    run(QStringLiteral("sdkmanager"), {QStringLiteral("--sdk_root=") + sdkRoot(), id});
+}
+
+void SimHost::makeReady()
+{
+    installBrew();
+    installJava();
+    installCommandLineTools();
+    acceptLicenses();
+    installEmulator();
+}
+
+void SimHost::createPhone(const QString &name, const QString &device, const QString &image)
+{
+    installSystemImage(image);
+    run(QStringLiteral("avdmanager"),
+        {QStringLiteral("create"), QStringLiteral("avd"), QStringLiteral("-n"), name, QStringLiteral("-k"),
+            image, QStringLiteral("-d"), device},
+        "no\n");
+}
+
+void SimHost::addBrokenPhone(const QString &name)
+{
+    createPhone(name, QStringLiteral("pixel_3"));
+    QFile config(m_root + QStringLiteral("/.android/avd/") + name + QStringLiteral(".avd/config.ini"));
+    config.open(QIODevice::Append);
+    config.write("broken=1\n");
+}
+
+void SimHost::setBehaviour(const QString &key, const QString &value)
+{
+    writeText(stateDir() + QStringLiteral("/behaviour/") + key, value.toUtf8());
+}
+
+void SimHost::clearBehaviour(const QString &key)
+{
+    QFile::remove(stateDir() + QStringLiteral("/behaviour/") + key);
+}
+
+QStringList SimHost::runningEmulators() const
+{
+    QStringList serials;
+    const QDir emulators(stateDir() + QStringLiteral("/emulators"));
+    for (const QString &port : emulators.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile pid(emulators.filePath(port) + QStringLiteral("/pid"));
+        if (pid.open(QIODevice::ReadOnly) && ::kill(pid.readAll().trimmed().toInt(), 0) == 0)
+            serials << QStringLiteral("emulator-") + port;
+    }
+    return serials;
+}
+
+void SimHost::killEmulators() const
+{
+    const QDir emulators(stateDir() + QStringLiteral("/emulators"));
+    for (const QString &port : emulators.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile pid(emulators.filePath(port) + QStringLiteral("/pid"));
+        if (pid.open(QIODevice::ReadOnly)) {
+            const int number = pid.readAll().trimmed().toInt();
+            if (number > 0)
+                ::kill(number, SIGKILL);
+        }
+    }
+}

@@ -20,6 +20,7 @@ Rectangle {
         spacing: 4
 
         Label {
+            objectName: "detailsSummary"
             text: box.summary
             textFormat: Text.PlainText
             color: Style.red

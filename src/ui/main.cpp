@@ -1,5 +1,7 @@
+#include "TolvaneApp.h"
+
 #include <QGuiApplication>
-#include <QQmlApplicationEngine>
+#include <QQmlEngine>
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(TolvanePlugin)
@@ -9,10 +11,9 @@ int main(int argc, char *argv[])
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("Tolvane"));
 
-    QQmlApplicationEngine engine;
-    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Tolvane/Main.qml")));
-    if (engine.rootObjects().isEmpty())
+    QQmlEngine engine;
+    TolvaneApp tolvane(nullptr);
+    if (!tolvane.showMainWindow(engine))
         return 1;
     return QGuiApplication::exec();
 }

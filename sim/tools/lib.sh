@@ -1,0 +1,57 @@
+# Shared by the simulated tools. Each installed tool is a stub that sets SIM_TOOLS (this folder),
+# SIM_STATE (the simulated Mac's state folder) and SIM_SELF (where the stub lives), then runs the tool
+# here; the child environment the app gives a tool carries nothing else of ours.
+
+SIM_SCALE=0.05
+[ -f "$SIM_STATE/scale" ] && SIM_SCALE=$(cat "$SIM_STATE/scale")
+
+# sim_sleep SECONDS: sleeps for the simulated time, scaled.
+sim_sleep() {
+    sleep "$(awk -v s="$1" -v k="$SIM_SCALE" 'BEGIN { printf "%.3f", s * k }')"
+}
+
+# sim_behaviour KEY: prints the switch's value and succeeds when a test or the demo set it.
+sim_behaviour() {
+    [ -f "$SIM_STATE/behaviour/$1" ] || return 1
+    cat "$SIM_STATE/behaviour/$1"
+}
+
+# sim_install_stub TOOL PATH: installs an executable stub at PATH that runs this folder's TOOL.
+sim_install_stub() {
+    mkdir -p "$(dirname "$2")"
+    {
+        echo '#!/bin/sh'
+        printf "SIM_TOOLS='%s'; SIM_STATE='%s'; SIM_SELF=\"\$0\"\n" "$SIM_TOOLS" "$SIM_STATE"
+        echo 'export SIM_TOOLS SIM_STATE SIM_SELF'
+        printf 'exec /bin/sh "$SIM_TOOLS/%s" "$@"\n' "$1"
+    } >"$2"
+    chmod 755 "$2"
+}
+
+# sim_bar PERCENT LABEL: one frame of sdkmanager's progress bar, redrawn in place with a carriage return.
+sim_bar() {
+    filled=$(($1 * 39 / 100))
+    bar=$(awk -v n="$filled" 'BEGIN { s = ""; for (i = 0; i < 39; i++) s = s (i < n ? "=" : " "); print s }')
+    printf '\r[%s] %d%% %s' "$bar" "$1" "$2"
+}
+
+# sim_needs_java: sdkmanager and avdmanager are Java programs and refuse to run without one.
+sim_needs_java() {
+    if [ -z "$JAVA_HOME" ] || [ ! -x "$JAVA_HOME/bin/java" ]; then
+        echo "ERROR: JAVA_HOME is not set and no 'java' command could be found in your PATH."
+        echo
+        echo "Please set the JAVA_HOME variable in your environment to match the"
+        echo "location of your Java installation."
+        exit 1
+    fi
+}
+
+# sim_emulator_dir SERIAL: the state folder of the simulated emulator behind an adb serial.
+sim_emulator_dir() {
+    echo "$SIM_STATE/emulators/${1#emulator-}"
+}
+
+# sim_alive DIR: the emulator registered in DIR is still running.
+sim_alive() {
+    [ -f "$1/pid" ] && kill -0 "$(cat "$1/pid")" 2>/dev/null
+}

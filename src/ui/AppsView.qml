@@ -1,0 +1,252 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Dialogs
+import QtQuick.Layouts
+import QtQuick.Shapes
+import Tolvane
+
+// Installs apps on a running phone, lists and removes the user's apps, takes screenshots.
+ColumnLayout {
+    id: view
+    property PhoneStore store: TolvaneApp.store
+    property ApkInstaller installer: TolvaneApp.installer
+    property string selectedName
+    property bool targeted: false
+
+    readonly property var running: store.runningRunners
+    readonly property EmulatorProcess target: {
+        for (const runner of running) {
+            if (runner.name === selectedName)
+                return runner
+        }
+        return running.length > 0 ? running[0] : null
+    }
+    readonly property string serial: target ? "emulator-" + target.port : ""
+
+    // Dropped files are installed one call each; the installer skips what is not an app.
+    function dropFiles(urls) {
+        for (const url of urls)
+            installer.install([url], serial)
+    }
+    function chooseFiles(urls) {
+        installer.install(urls, serial)
+    }
+
+    onSerialChanged: {
+        if (serial !== "")
+            installer.refreshPackages(serial)
+    }
+    onVisibleChanged: {
+        if (visible && serial !== "")
+            installer.refreshPackages(serial)
+    }
+    Component.onCompleted: {
+        if (visible && serial !== "")
+            installer.refreshPackages(serial)
+    }
+
+    spacing: 10
+
+    RowLayout {
+        visible: view.target !== null
+        Layout.fillWidth: true
+        Layout.topMargin: 12
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+        Label { text: "Phone" }
+        ComboBox {
+            objectName: "phonePicker"
+            model: view.running.map(runner => runner.name)
+            currentIndex: view.target ? model.indexOf(view.target.name) : -1
+            onActivated: index => view.selectedName = model[index]
+            Layout.preferredWidth: 280
+        }
+        Button {
+            objectName: "Take screenshot"
+            text: "Take screenshot"
+            enabled: !view.installer.busy
+            onClicked: view.installer.screenshot(view.serial)
+        }
+        Item { Layout.fillWidth: true }
+    }
+
+    DropArea {
+        id: dropZone
+        objectName: "dropZone"
+        visible: view.target !== null
+        Layout.fillWidth: true
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+        Layout.preferredHeight: Math.max(90, dropColumn.implicitHeight + 24)
+        onEntered: drag => {
+            view.targeted = true
+            drag.accept(Qt.CopyAction)
+        }
+        onExited: view.targeted = false
+        onDropped: drop => {
+            view.targeted = false
+            view.dropFiles(drop.urls)
+            drop.accept(Qt.CopyAction)
+        }
+
+        Shape {
+            anchors.fill: parent
+            ShapePath {
+                id: outline
+                readonly property real r: 8
+                readonly property real w: dropZone.width
+                readonly property real h: dropZone.height
+                fillColor: view.targeted ? Qt.rgba(0.04, 0.39, 0.85, 0.15) : Qt.rgba(0.5, 0.5, 0.5, 0.08)
+                strokeColor: view.targeted ? Style.accent : Style.secondary
+                strokeWidth: 1.5
+                strokeStyle: ShapePath.DashLine
+                dashPattern: [8 / 1.5, 8 / 1.5]
+                startX: outline.r
+                startY: 0.75
+                PathLine { x: outline.w - outline.r; y: 0.75 }
+                PathArc { x: outline.w - 0.75; y: outline.r; radiusX: outline.r; radiusY: outline.r }
+                PathLine { x: outline.w - 0.75; y: outline.h - outline.r }
+                PathArc { x: outline.w - outline.r; y: outline.h - 0.75; radiusX: outline.r; radiusY: outline.r }
+                PathLine { x: outline.r; y: outline.h - 0.75 }
+                PathArc { x: 0.75; y: outline.h - outline.r; radiusX: outline.r; radiusY: outline.r }
+                PathLine { x: 0.75; y: outline.r }
+                PathArc { x: outline.r; y: 0.75; radiusX: outline.r; radiusY: outline.r }
+            }
+        }
+        ColumnLayout {
+            id: dropColumn
+            anchors.centerIn: parent
+            spacing: 8
+            Label {
+                text: "Drop .apk files here"
+                Layout.alignment: Qt.AlignHCenter
+            }
+            Button {
+                objectName: "Choose APK..."
+                text: "Choose APK..."
+                enabled: !view.installer.busy
+                onClicked: openDialog.open()
+                Layout.alignment: Qt.AlignHCenter
+            }
+        }
+    }
+
+    RowLayout {
+        visible: view.target !== null
+        Layout.fillWidth: true
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+        Label {
+            text: "Installed apps"
+            font: Style.headline
+        }
+        Item { Layout.fillWidth: true }
+        Button {
+            objectName: "Refresh"
+            text: "Refresh"
+            onClicked: view.installer.refreshPackages(view.serial)
+        }
+    }
+    Label {
+        objectName: "packagesNote"
+        visible: view.target !== null && view.installer.packagesNote !== undefined
+        text: view.installer.packagesNote !== undefined ? view.installer.packagesNote : ""
+        textFormat: Text.PlainText
+        font: Style.caption
+        color: Style.secondary
+        wrapMode: Text.Wrap
+        Layout.fillWidth: true
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+    }
+    ListView {
+        objectName: "packageList"
+        visible: view.target !== null
+        model: view.installer.packages
+        clip: true
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+        Layout.minimumHeight: 120
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+        ScrollBar.vertical: ScrollBar {}
+        delegate: RowLayout {
+            required property string modelData
+            width: ListView.view.width
+            Label {
+                text: modelData
+                font: Style.mono
+                elide: Text.ElideRight
+                Layout.fillWidth: true
+            }
+            Button {
+                objectName: "uninstall " + modelData
+                text: "Uninstall"
+                enabled: !view.installer.busy
+                onClicked: view.installer.uninstall(modelData, view.serial)
+            }
+        }
+    }
+
+    Label {
+        objectName: "noPhoneRunning"
+        visible: view.target === null
+        text: "No phone is running. Start a phone on the Phones tab and wait until it says Running, then come back here to install apps."
+        color: Style.secondary
+        wrapMode: Text.Wrap
+        Layout.fillWidth: true
+        Layout.topMargin: 12
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+    }
+    Item {
+        visible: view.target === null
+        Layout.fillHeight: true
+    }
+
+    Label {
+        text: "adb output"
+        font: Style.headline
+        Layout.leftMargin: 12
+    }
+    Rectangle {
+        radius: 6
+        color: Qt.rgba(0, 0, 0, 0.75)
+        Layout.fillWidth: true
+        Layout.preferredHeight: 110
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+        Layout.bottomMargin: 12
+        Flickable {
+            id: outputFlick
+            anchors.fill: parent
+            anchors.margins: 6
+            clip: true
+            contentWidth: width
+            contentHeight: output.contentHeight
+            boundsBehavior: Flickable.StopAtBounds
+            ScrollBar.vertical: ScrollBar {}
+            onContentHeightChanged: contentY = Math.max(0, contentHeight - height)
+            TextEdit {
+                id: output
+                objectName: "adbOutput"
+                width: outputFlick.width
+                text: view.installer.output.length > 0 ? view.installer.output : "Nothing yet."
+                textFormat: TextEdit.PlainText
+                readOnly: true
+                selectByMouse: true
+                wrapMode: TextEdit.WrapAnywhere
+                font: Style.mono
+                color: view.installer.output.length > 0 ? "#f2f2f2" : "#a0a0a0"
+            }
+        }
+    }
+
+    FileDialog {
+        id: openDialog
+        title: "Choose APK files"
+        fileMode: FileDialog.OpenFiles
+        nameFilters: ["Android apps (*.apk)"]
+        onAccepted: view.chooseFiles(selectedFiles)
+    }
+}

@@ -1,0 +1,16 @@
+import QtQuick
+import QtQuick.Controls
+
+ApplicationWindow {
+    objectName: "logs"
+    title: "Emulator Logs"
+    minimumWidth: 640
+    minimumHeight: 420
+    width: 640
+    height: 480
+
+    LogsView {
+        anchors.fill: parent
+        anchors.margins: 14
+    }
+}

@@ -1,0 +1,268 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Tolvane
+
+// Names a new phone, picks its model and Android version, installs a missing image, creates the phone.
+// It is made afresh each time it opens, so every opening starts from the same choices.
+Dialog {
+    id: sheet
+    property PhoneStore store
+    property SetupController setup
+
+    property string name: "Pixel_Phone"
+    property string deviceId
+    property bool playStore: false
+    property int api: 0
+    property var errorText: undefined
+    property bool creating: false
+
+    function isPlay(image) {
+        return image.variant === "google_apis_playstore"
+    }
+    readonly property var apiChoices: {
+        const levels = []
+        for (const image of store.images) {
+            if (isPlay(image) === playStore && !levels.includes(image.api))
+                levels.push(image.api)
+        }
+        return levels.sort((a, b) => b - a)
+    }
+    readonly property var chosenImage: {
+        for (const image of store.images) {
+            if (image.api === api && isPlay(image) === playStore)
+                return image
+        }
+        return undefined
+    }
+    readonly property var chosenDevice: {
+        for (const device of store.devices) {
+            if (device.id === deviceId)
+                return device
+        }
+        return undefined
+    }
+    readonly property bool canCreate: chosenImage !== undefined && chosenDevice !== undefined && chosenImage.installed
+                                      && store.isValidName(name) && !creating && !store.imageJob.isRunning
+
+    function label(level) {
+        let first = undefined
+        let ofKind = undefined
+        for (const image of store.images) {
+            if (image.api !== level)
+                continue
+            if (first === undefined)
+                first = image
+            if (ofKind === undefined && isPlay(image) === playStore)
+                ofKind = image
+        }
+        if (first === undefined)
+            return "API " + level
+        return first.androidName + " (API " + level + ")" + (ofKind !== undefined && ofKind.installed ? ", installed" : "")
+    }
+    function fixAPI() {
+        const choices = apiChoices
+        if (!choices.includes(api) && choices.length > 0)
+            api = choices[0]
+    }
+    function pickFirstDevice() {
+        if (deviceId === "" && store.devices.length > 0)
+            deviceId = store.devices[0].id
+    }
+    function load() {
+        pickFirstDevice()
+        fixAPI()
+        TolvaneApp.loadCatalog(store)
+    }
+    function create() {
+        const device = chosenDevice
+        const image = chosenImage
+        if (device === undefined || image === undefined)
+            return
+        creating = true
+        errorText = undefined
+        // The creation belongs to the store: closing the sheet does not stop it.
+        const self = sheet
+        store.createPhone(name, device, image).then(result => {
+            if (!self)
+                return
+            self.creating = false
+            if (result === undefined || result === null)
+                self.close()
+            else
+                self.errorText = result
+        })
+    }
+
+    onPlayStoreChanged: fixAPI()
+    Connections {
+        target: sheet.store
+        function onDevicesChanged() { sheet.pickFirstDevice() }
+        function onImagesChanged() { sheet.fixAPI() }
+    }
+
+    parent: Overlay.overlay
+    anchors.centerIn: parent
+    width: 560
+    modal: true
+    closePolicy: Popup.CloseOnEscape
+    padding: 20
+    Component.onCompleted: {
+        open()
+        load()
+    }
+
+    contentItem: ColumnLayout {
+        spacing: 12
+
+        Label {
+            text: "New phone"
+            font: Style.title3
+        }
+        TextField {
+            objectName: "nameField"
+            placeholderText: "Name (letters, digits, . _ -)"
+            text: sheet.name
+            onTextEdited: sheet.name = text
+            onAccepted: {
+                if (sheet.canCreate)
+                    sheet.create()
+            }
+            Layout.fillWidth: true
+        }
+        RowLayout {
+            visible: sheet.store.devicesLoading
+            BusyIndicator { running: parent.visible; Layout.preferredWidth: 20; Layout.preferredHeight: 20 }
+            Label { text: "Reading phone models..." }
+        }
+        RowLayout {
+            Layout.fillWidth: true
+            Label { text: "Model" }
+            ComboBox {
+                objectName: "modelPicker"
+                model: sheet.store.devices
+                textRole: "name"
+                valueRole: "id"
+                currentIndex: sheet.store.devices.findIndex(device => device.id === sheet.deviceId)
+                onActivated: index => sheet.deviceId = sheet.store.devices[index].id
+                Layout.fillWidth: true
+            }
+        }
+        ColumnLayout {
+            visible: sheet.store.rawDeviceListing !== undefined
+            Layout.fillWidth: true
+            Label {
+                text: "Could not read the model list. Raw avdmanager text:"
+                color: Style.orange
+            }
+            Label {
+                text: sheet.store.rawDeviceListing !== undefined ? sheet.store.rawDeviceListing : ""
+                textFormat: Text.PlainText
+                font: Style.monoCaption
+                maximumLineCount: 6
+                elide: Text.ElideRight
+                Layout.fillWidth: true
+            }
+        }
+        Switch {
+            objectName: "playSwitch"
+            text: "Google Play"
+            checked: sheet.playStore
+            onToggled: sheet.playStore = checked
+        }
+        Label {
+            text: "Only Google Play images include the Play Store app. Plain Google APIs images do not."
+            font: Style.caption
+            color: Style.secondary
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        RowLayout {
+            visible: sheet.store.imagesLoading
+            BusyIndicator { running: parent.visible; Layout.preferredWidth: 20; Layout.preferredHeight: 20 }
+            Label { text: "Reading Android versions from sdkmanager (needs internet)..." }
+        }
+        RowLayout {
+            Layout.fillWidth: true
+            Label { text: "Android version" }
+            ComboBox {
+                objectName: "versionPicker"
+                model: sheet.apiChoices.map(level => sheet.label(level))
+                currentIndex: sheet.apiChoices.indexOf(sheet.api)
+                onActivated: index => sheet.api = sheet.apiChoices[index]
+                Layout.fillWidth: true
+            }
+        }
+        ColumnLayout {
+            visible: sheet.store.rawImageListing !== undefined
+            Layout.fillWidth: true
+            Label {
+                text: "No arm64 images were recognised. Raw sdkmanager text:"
+                color: Style.orange
+            }
+            Label {
+                text: sheet.store.rawImageListing !== undefined ? sheet.store.rawImageListing : ""
+                textFormat: Text.PlainText
+                font: Style.monoCaption
+                maximumLineCount: 6
+                elide: Text.ElideRight
+                Layout.fillWidth: true
+            }
+        }
+        RowLayout {
+            visible: sheet.chosenImage !== undefined && !sheet.chosenImage.installed
+            Layout.fillWidth: true
+            Label {
+                text: "This system image is not installed (about 1.5 GB)."
+                Layout.fillWidth: true
+            }
+            Button {
+                objectName: "Install it"
+                text: "Install it"
+                enabled: !sheet.store.imageJob.isRunning
+                onClicked: sheet.store.installImage(sheet.chosenImage)
+            }
+        }
+        Label {
+            objectName: "imageInstalled"
+            visible: sheet.chosenImage !== undefined && sheet.chosenImage.installed
+            text: "System image installed."
+            color: Style.green
+        }
+        JobLogView {
+            job: sheet.store.imageJob
+            Layout.fillWidth: true
+        }
+        Loader {
+            active: sheet.errorText !== undefined
+            visible: active
+            Layout.fillWidth: true
+            sourceComponent: DetailsBox {
+                objectName: "createError"
+                summary: "avdmanager could not create the phone."
+                details: sheet.errorText !== undefined ? sheet.errorText : ""
+            }
+        }
+        RowLayout {
+            Layout.fillWidth: true
+            Item { Layout.fillWidth: true }
+            Button {
+                objectName: "Close"
+                text: "Close"
+                onClicked: sheet.close()
+            }
+            Button {
+                objectName: "Create"
+                text: "Create"
+                highlighted: true
+                enabled: sheet.canCreate
+                onClicked: sheet.create()
+            }
+        }
+    }
+    Shortcut {
+        sequences: ["Return", "Enter"]
+        enabled: sheet.visible && sheet.canCreate
+        onActivated: sheet.create()
+    }
+}

@@ -1,0 +1,101 @@
+#include "TolvaneApp.h"
+
+#include "AndroidTools.h"
+
+#include <QDesktopServices>
+#include <QJSEngine>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QUrl>
+
+#include <csignal>
+
+namespace {
+
+TolvaneApp *theApp = nullptr;
+
+// Runs before the members are built, so SIGPIPE is ignored before any model object exists.
+QObject *ignoringSigpipe(QObject *parent)
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    return parent;
+}
+
+} // namespace
+
+TolvaneApp::TolvaneApp(QObject *parent)
+    : QObject(ignoringSigpipe(parent))
+    , m_setup(new SetupController(this))
+    , m_store(new PhoneStore(this))
+    , m_installer(new ApkInstaller(this))
+    , m_saveChooser(new DialogSaveLocationChooser(this))
+{
+    m_installer->setSaveLocationChooser(m_saveChooser);
+    theApp = this;
+}
+
+TolvaneApp::~TolvaneApp()
+{
+    delete m_mainWindow;
+    if (theApp == this)
+        theApp = nullptr;
+}
+
+TolvaneApp *TolvaneApp::create(QQmlEngine *, QJSEngine *)
+{
+    Q_ASSERT_X(theApp, "TolvaneApp", "the application object is made before QML needs it");
+    QJSEngine::setObjectOwnership(theApp, QJSEngine::CppOwnership);
+    return theApp;
+}
+
+bool TolvaneApp::emulatorInstalled() const
+{
+    return AndroidTools::emulatorPath().has_value();
+}
+
+void TolvaneApp::openHomebrewSite() const
+{
+    QDesktopServices::openUrl(QUrl(QStringLiteral("https://brew.sh")));
+}
+
+StartOptions TolvaneApp::startOptions(
+    bool coldBoot, bool noSnapshot, bool wipeData, const QString &scale, const QString &gpu) const
+{
+    StartOptions options;
+    options.coldBoot = coldBoot;
+    options.noSnapshot = noSnapshot;
+    options.wipeData = wipeData;
+    options.scale = scale;
+    options.gpu = gpu;
+    return options;
+}
+
+void TolvaneApp::loadCatalog(PhoneStore *store)
+{
+    loadCatalogTask(store);
+}
+
+QCoro::Task<> TolvaneApp::loadCatalogTask(QPointer<PhoneStore> store)
+{
+    if (store && store->devices().isEmpty()) {
+        auto devices = store->loadDevicesTask();
+        co_await std::move(devices);
+    }
+    if (!store)
+        co_return;
+    auto images = store->loadImagesTask();
+    co_await std::move(images);
+}
+
+bool TolvaneApp::showMainWindow(QQmlEngine &engine)
+{
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/qt/qml/Tolvane/Main.qml")));
+    QObject *window = component.create();
+    if (!window) {
+        qWarning().noquote() << component.errorString();
+        return false;
+    }
+    m_mainWindow = window;
+    return true;
+}

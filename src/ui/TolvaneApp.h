@@ -1,0 +1,63 @@
+#pragma once
+
+#include "ApkInstaller.h"
+#include "DialogSaveLocationChooser.h"
+#include "PhoneStore.h"
+#include "SetupController.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QtQml/qqmlregistration.h>
+
+class QQmlEngine;
+class QJSEngine;
+
+// The application object: the one SetupController, PhoneStore and ApkInstaller, alive as long as the
+// process, and reached by every view through the TolvaneApp singleton.
+class TolvaneApp : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+    Q_PROPERTY(SetupController *setup READ setup CONSTANT)
+    Q_PROPERTY(PhoneStore *store READ store CONSTANT)
+    Q_PROPERTY(ApkInstaller *installer READ installer CONSTANT)
+    Q_PROPERTY(DialogSaveLocationChooser *saveChooser READ saveChooser CONSTANT)
+
+public:
+    // Ignores SIGPIPE before any model object exists: a tool that exits without reading its input must
+    // not take the app with it. There is no default constructor, so QML reaches this one instance
+    // through create() instead of making its own.
+    explicit TolvaneApp(QObject *parent);
+    ~TolvaneApp() override;
+
+    static TolvaneApp *create(QQmlEngine *, QJSEngine *);
+
+    SetupController *setup() const { return m_setup; }
+    PhoneStore *store() const { return m_store; }
+    ApkInstaller *installer() const { return m_installer; }
+    DialogSaveLocationChooser *saveChooser() const { return m_saveChooser; }
+
+    // Asked each time a phone row is drawn: the emulator program can vanish or appear at any moment.
+    Q_INVOKABLE bool emulatorInstalled() const;
+    Q_INVOKABLE void openHomebrewSite() const;
+    // The Phones tab keeps its start options as plain values and builds one for each start.
+    Q_INVOKABLE StartOptions startOptions(
+        bool coldBoot, bool noSnapshot, bool wipeData, const QString &scale, const QString &gpu) const;
+    // What the new-phone sheet does when it opens: the models, only if none are known yet, then the images.
+    Q_INVOKABLE void loadCatalog(PhoneStore *store);
+
+    // Loads the main window into the engine; false when it could not be loaded. The window is closed
+    // before the model objects go, so no view ever outlives what it shows.
+    bool showMainWindow(QQmlEngine &engine);
+    QObject *mainWindow() const { return m_mainWindow; }
+
+private:
+    QCoro::Task<> loadCatalogTask(QPointer<PhoneStore> store);
+
+    SetupController *m_setup;
+    PhoneStore *m_store;
+    ApkInstaller *m_installer;
+    DialogSaveLocationChooser *m_saveChooser;
+    QPointer<QObject> m_mainWindow;
+};

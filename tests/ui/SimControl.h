@@ -1,0 +1,50 @@
+#pragma once
+
+#include "PhoneStore.h"
+#include "SetupController.h"
+#include "SimHost.h"
+
+#include <QObject>
+#include <QTemporaryDir>
+
+#include <memory>
+
+// Lets QML tests and the screen gallery lay out a fresh simulated Mac and tell its tools what to do.
+class SimControl : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit SimControl(QObject *parent = nullptr);
+
+    SimHost &host() { return *m_host; }
+
+    // A fresh temporary Mac with nothing installed, made the current host.
+    Q_INVOKABLE void reset();
+    Q_INVOKABLE void setTimeScale(double scale) { m_host->setTimeScale(scale); }
+    Q_INVOKABLE void installBrew() { m_host->installBrew(); }
+    Q_INVOKABLE void installJava() { m_host->installJava(); }
+    Q_INVOKABLE void installCommandLineTools() { m_host->installCommandLineTools(); }
+    Q_INVOKABLE void acceptLicenses() { m_host->acceptLicenses(); }
+    Q_INVOKABLE void installEmulator() { m_host->installEmulator(); }
+    Q_INVOKABLE void installSystemImage(const QString &id) { m_host->installSystemImage(id); }
+    Q_INVOKABLE void makeReady() { m_host->makeReady(); }
+    Q_INVOKABLE void createPhone(const QString &name) { m_host->createPhone(name); }
+    Q_INVOKABLE void setBehaviour(const QString &key, const QString &value = QStringLiteral("1"))
+    {
+        m_host->setBehaviour(key, value);
+    }
+    Q_INVOKABLE QString root() const { return m_host->root(); }
+    // Writes a file below the root and returns its path.
+    Q_INVOKABLE QString writeFile(const QString &name, const QString &content) const;
+    Q_INVOKABLE bool isPng(const QString &path) const;
+    Q_INVOKABLE QString sdkRoot() const { return m_host->sdkRoot(); }
+    // A setup controller for a Mac whose arm64 answer is false; owned by this object.
+    Q_INVOKABLE SetupController *intelSetup();
+    // A phone store that has never seen a phone; owned by this object.
+    Q_INVOKABLE PhoneStore *freshStore() { return new PhoneStore(this); }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<SimHost> m_host;
+};

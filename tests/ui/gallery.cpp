@@ -1,0 +1,193 @@
+// Renders the app's screens in their interesting states to PNG files, over the simulated toolchain:
+//   tolvane-gallery <output folder> [name filter]
+#include "Host.h"
+#include "SimControl.h"
+#include "TolvaneApp.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QGuiApplication>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+#include <QtQml/qqmlextensionplugin.h>
+
+#include <cstdio>
+#include <functional>
+
+Q_IMPORT_QML_PLUGIN(TolvanePlugin)
+
+namespace {
+
+bool waitUntil(const std::function<bool()> &condition, int ms = 20000)
+{
+    QDeadlineTimer deadline(ms);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QTest::qWait(10);
+    }
+    return true;
+}
+
+// One shot: a fresh simulated Mac, a fresh app and main window, a way to drive it, and the window to grab.
+class Shot
+{
+public:
+    explicit Shot(bool arm64 = true)
+    {
+        if (!arm64) {
+            Host host = Host::current();
+            host.arm64 = false;
+            Host::setCurrent(host);
+        }
+        engine = std::make_unique<QQmlEngine>();
+        app = std::make_unique<TolvaneApp>(nullptr);
+        if (!app->showMainWindow(*engine))
+            qFatal("the main window did not load");
+        main = qobject_cast<QQuickWindow *>(app->mainWindow());
+    }
+    ~Shot()
+    {
+        app.reset();
+        engine.reset();
+    }
+
+    void selectTab(int index)
+    {
+        main->findChild<QObject *>(QStringLiteral("tabs"))->setProperty("currentIndex", index);
+        settle();
+    }
+    QQuickWindow *openLogs()
+    {
+        QMetaObject::invokeMethod(main, "openLogs");
+        settle();
+        return main->property("logsWindow").value<QQuickWindow *>();
+    }
+    static void settle(int ms = 300) { QTest::qWait(ms); }
+
+    std::unique_ptr<QQmlEngine> engine;
+    std::unique_ptr<TolvaneApp> app;
+    QQuickWindow *main = nullptr;
+};
+
+struct Gallery
+{
+    Gallery(const QString &folder, const QString &filter)
+        : folder(folder)
+        , filter(filter)
+    { }
+
+    QString folder;
+    QString filter;
+    SimControl sim;
+    int saved = 0;
+
+    bool wanted(const QString &name) const { return filter.isEmpty() || name.contains(filter); }
+
+    void save(QQuickWindow *window, const QString &name)
+    {
+        Shot::settle();
+        const QImage image = window->grabWindow();
+        const QString path = QDir(folder).filePath(name + QStringLiteral(".png"));
+        if (image.isNull() || !image.save(path))
+            qFatal("could not save %s", qPrintable(path));
+        std::printf("%s\n", qPrintable(path));
+        ++saved;
+    }
+
+    // Lays out a fresh Mac, lets `prepare` shape it, builds the app, lets `drive` act, then saves.
+    void shoot(const QString &name, const std::function<void(SimHost &)> &prepare,
+        const std::function<QQuickWindow *(Shot &)> &drive, bool arm64 = true)
+    {
+        if (!wanted(name))
+            return;
+        sim.reset();
+        prepare(sim.host());
+        Shot shot(arm64);
+        QQuickWindow *window = drive(shot);
+        save(window ? window : shot.main, name);
+    }
+};
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QGuiApplication app(argc, argv);
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: tolvane-gallery <output folder> [name filter]\n");
+        return 2;
+    }
+    Gallery gallery(QString::fromLocal8Bit(argv[1]), argc > 2 ? QString::fromLocal8Bit(argv[2]) : QString());
+    QDir().mkpath(gallery.folder);
+    const auto nothing = [](SimHost &) {};
+    const auto brewJavaTools = [](SimHost &host) {
+        host.installBrew();
+        host.installJava();
+        host.installCommandLineTools();
+    };
+    const auto stay = [](Shot &) -> QQuickWindow * { return nullptr; };
+
+    gallery.shoot(QStringLiteral("01-intel-notice"), nothing, stay, false);
+    gallery.shoot(QStringLiteral("02-setup-homebrew-missing"), nothing, stay);
+    gallery.shoot(QStringLiteral("03-setup-licence-card"), brewJavaTools, stay);
+    gallery.shoot(QStringLiteral("04-setup-licence-text"), brewJavaTools, [](Shot &shot) -> QQuickWindow * {
+        shot.app->setup()->loadLicenseText();
+        waitUntil([&] { return shot.app->setup()->licenseText().has_value(); });
+        return nullptr;
+    });
+    gallery.shoot(
+        QStringLiteral("05-setup-job-running"),
+        [](SimHost &host) {
+            host.installBrew();
+            host.setTimeScale(1.0);
+        },
+        [](Shot &shot) -> QQuickWindow * {
+            shot.app->setup()->installJava();
+            waitUntil([&] { return shot.app->setup()->job()->lines().size() > 4; });
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("06-setup-job-failed"),
+        [](SimHost &host) {
+            host.installBrew();
+            host.setBehaviour(QStringLiteral("brew.fail"));
+        },
+        [](Shot &shot) -> QQuickWindow * {
+            shot.app->setup()->installJava();
+            waitUntil([&] {
+                return !shot.app->setup()->job()->isRunning() && shot.app->setup()->message().has_value();
+            });
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("07-setup-emulator-card"),
+        [&](SimHost &host) {
+            brewJavaTools(host);
+            host.acceptLicenses();
+        },
+        stay);
+    gallery.shoot(
+        QStringLiteral("08-setup-ready"), [](SimHost &host) { host.makeReady(); }, stay);
+    gallery.shoot(QStringLiteral("09-logs-no-phones"), nothing, [](Shot &shot) { return shot.openLogs(); });
+    gallery.shoot(
+        QStringLiteral("10-logs-failed-phone"),
+        [](SimHost &host) {
+            host.makeReady();
+            host.createPhone(QStringLiteral("Pixel_7_API_34"));
+            host.setBehaviour(QStringLiteral("emulator.crash"));
+        },
+        [](Shot &shot) {
+            PhoneStore *store = shot.app->store();
+            store->start(QStringLiteral("Pixel_7_API_34"), StartOptions());
+            EmulatorProcess *runner = store->runner(QStringLiteral("Pixel_7_API_34"));
+            waitUntil([&] { return runner->failure().has_value(); });
+            return shot.openLogs();
+        });
+
+    std::printf("%d screens\n", gallery.saved);
+    return 0;
+}

@@ -1,0 +1,96 @@
+import QtQuick
+import QtQuick.Controls
+import QtTest
+import Tolvane
+
+Item {
+    id: root
+    width: 780
+    height: 640
+
+    Component {
+        id: appsComponent
+        AppsView { anchors.fill: parent }
+    }
+
+    TestCase {
+        name: "AppsView"
+        when: windowShown
+
+        readonly property PhoneStore store: TolvaneApp.store
+        readonly property ApkInstaller installer: TolvaneApp.installer
+
+        function cleanup() {
+            for (const runner of store.allRunners) {
+                if (runner.state !== EmulatorProcess.Stopped)
+                    runner.stop()
+            }
+            tryVerify(() => store.allRunners.every(runner => runner.state === EmulatorProcess.Stopped), 30000)
+            tryVerify(() => !installer.busy, 20000)
+        }
+
+        function runningPhone(name) {
+            sim.reset()
+            sim.makeReady()
+            sim.createPhone(name)
+            store.start(name, TolvaneApp.startOptions(false, false, false, "Default", "auto"))
+            tryCompare(store.runner(name), "state", EmulatorProcess.Running, 30000)
+        }
+
+        function apk(name) {
+            return "file://" + sim.writeFile(name, "PK fake app")
+        }
+
+        function outputLines() {
+            return installer.output.split("\n")
+        }
+
+        function test_noPhoneRunning() {
+            sim.reset()
+            const view = createTemporaryObject(appsComponent, root)
+            verify(findChild(view, "noPhoneRunning").visible)
+            verify(!findChild(view, "dropZone").visible)
+            compare(findChild(view, "adbOutput").text, installer.output.length > 0 ? installer.output : "Nothing yet.")
+        }
+
+        function test_dropThreeFilesOneNotAnApp() {
+            runningPhone("Pixel_Apps")
+            const view = createTemporaryObject(appsComponent, root)
+            verify(findChild(view, "dropZone").visible)
+            const before = outputLines().length
+            view.dropFiles([apk("com.example.one.apk"), apk("com.example.two.apk"), apk("notes.txt")])
+            tryVerify(() => !installer.busy && outputLines().filter(line => line.startsWith("Success")).length >= 2, 30000)
+            const lines = outputLines().slice(installer.output.length > 0 ? before - 1 : 0)
+            compare(lines.filter(line => line.startsWith("Installing ")).length, 2)
+            compare(lines.filter(line => line === "Only .apk files can be installed.").length, 1)
+            tryVerify(() => installer.packages.length >= 2, 20000)
+        }
+
+        function test_listAndUninstall() {
+            runningPhone("Pixel_Uninstall")
+            const view = createTemporaryObject(appsComponent, root)
+            view.chooseFiles([apk("com.example.keep.apk"), apk("com.example.drop.apk")])
+            tryVerify(() => installer.packages.join() === "com.example.drop,com.example.keep", 30000, installer.output)
+            const button = findChild(view, "uninstall com.example.drop")
+            verify(button)
+            mouseClick(button)
+            tryVerify(() => installer.packages.join() === "com.example.keep", 30000, installer.output)
+            verify(installer.output.endsWith("Success"))
+        }
+
+        function test_screenshotThroughTheChooser() {
+            runningPhone("Pixel_Shot")
+            const view = createTemporaryObject(appsComponent, root)
+            const target = sim.root() + "/Shot.png"
+            const answer = proposed => {
+                compare(proposed, "Android Screenshot.png")
+                TolvaneApp.saveChooser.accept("file://" + target)
+            }
+            TolvaneApp.saveChooser.saveRequested.connect(answer)
+            mouseClick(findChild(view, "Take screenshot"))
+            tryVerify(() => installer.output.endsWith("Saved screenshot to Shot.png."), 30000)
+            TolvaneApp.saveChooser.saveRequested.disconnect(answer)
+            verify(sim.isPng(target))
+        }
+    }
+}

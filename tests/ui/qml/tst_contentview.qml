@@ -1,0 +1,53 @@
+import QtQuick
+import QtQuick.Controls
+import QtTest
+import Tolvane
+
+Item {
+    id: root
+    width: 780
+    height: 640
+
+    Component {
+        id: contentComponent
+        ContentView { anchors.fill: parent }
+    }
+
+    TestCase {
+        name: "ContentView"
+        when: windowShown
+
+        function init() {
+            sim.reset()
+        }
+
+        function test_intelNoticeAlone() {
+            const view = createTemporaryObject(contentComponent, root, { setup: sim.intelSetup() })
+            verify(findChild(view, "intelNotice").visible)
+            verify(!findChild(view, "tabs").visible)
+            verify(findChild(view, "logsButton").visible)
+        }
+
+        function test_threeTabsOnAppleSilicon() {
+            const view = createTemporaryObject(contentComponent, root)
+            verify(!findChild(view, "intelNotice").visible)
+            const tabs = findChild(view, "tabs")
+            verify(tabs.visible)
+            compare(tabs.count, 3)
+            compare([0, 1, 2].map(i => tabs.itemAt(i).text), ["Setup", "Phones", "Apps"])
+            compare(tabs.currentIndex, 0)
+        }
+
+        function test_logsButtonAsksForTheLogsWindow() {
+            const view = createTemporaryObject(contentComponent, root)
+            const spy = createTemporaryObject(spyComponent, root, { target: view, signalName: "logsRequested" })
+            mouseClick(findChild(view, "logsButton"))
+            compare(spy.count, 1)
+        }
+    }
+
+    Component {
+        id: spyComponent
+        SignalSpy {}
+    }
+}

@@ -1,0 +1,111 @@
+import QtQuick
+import QtQuick.Controls
+import QtTest
+import Tolvane
+
+Item {
+    id: root
+    width: 780
+    height: 900
+
+    Component {
+        id: phonesComponent
+        PhonesView { anchors.fill: parent }
+    }
+
+    TestCase {
+        name: "NewPhoneSheet"
+        when: windowShown
+
+        readonly property PhoneStore store: TolvaneApp.store
+
+        function init() {
+            sim.reset()
+            store.dismissError()
+            tryVerify(() => !store.imageJob.isRunning, 20000)
+        }
+
+        function typeText(text) {
+            for (const c of text)
+                keyClick(c === " " ? Qt.Key_Space : c)
+        }
+
+        function openSheet() {
+            sim.makeReady()
+            TolvaneApp.setup.refresh()
+            const view = createTemporaryObject(phonesComponent, root)
+            mouseClick(findChild(view, "New phone..."))
+            tryVerify(() => view.sheet !== null)
+            const sheet = view.sheet
+            tryVerify(() => !store.devicesLoading && !store.imagesLoading && store.images.length > 0, 30000)
+            return [view, sheet]
+        }
+
+        function test_createWithAnImageInstall() {
+            const [view, sheet] = openSheet()
+            compare(sheet.name, "Pixel_Phone")
+            verify(sheet.deviceId !== "")
+            compare(sheet.api, sheet.apiChoices[0])
+            verify(sheet.chosenImage !== undefined)
+            verify(!sheet.chosenImage.installed)
+            verify(!findChild(sheet, "Create").enabled)
+            const picker = findChild(sheet, "versionPicker")
+            verify(picker.currentText.indexOf(", installed") < 0)
+
+            mouseClick(findChild(sheet, "Install it"))
+            tryVerify(() => store.imageJob.isRunning)
+            verify(!findChild(sheet, "Install it").enabled)
+            verify(!findChild(sheet, "Create").enabled)
+            tryVerify(() => sheet.chosenImage.installed, 30000)
+            tryVerify(() => picker.currentText.indexOf(", installed") > 0)
+            verify(findChild(sheet, "imageInstalled").visible)
+            verify(findChild(sheet, "Create").enabled)
+
+            mouseClick(findChild(sheet, "Create"))
+            tryVerify(() => view.sheet === null, 30000)
+            tryVerify(() => store.phones.some(phone => phone.name === "Pixel_Phone"), 20000)
+        }
+
+        function test_invalidNameDisablesCreate() {
+            const [view, sheet] = openSheet()
+            sim.installSystemImage(sheet.chosenImage.id)
+            store.loadImages()
+            tryVerify(() => sheet.chosenImage.installed, 20000)
+            const create = findChild(sheet, "Create")
+            verify(create.enabled)
+            const field = findChild(sheet, "nameField")
+            field.forceActiveFocus()
+            field.selectAll()
+            typeText("my phone")
+            compare(sheet.name, "my phone")
+            verify(!create.enabled)
+            field.selectAll()
+            typeText("my_phone")
+            compare(sheet.name, "my_phone")
+            verify(create.enabled)
+        }
+
+        function test_playSwitchMovesTheVersion() {
+            const [view, sheet] = openSheet()
+            const plain = sheet.apiChoices.slice()
+            sheet.api = plain[plain.length - 1]
+            mouseClick(findChild(sheet, "playSwitch"))
+            verify(sheet.playStore)
+            verify(sheet.apiChoices.indexOf(sheet.api) >= 0)
+            verify(sheet.chosenImage === undefined || sheet.chosenImage.variant === "google_apis_playstore")
+        }
+
+        function test_failedCreateShowsTheError() {
+            const [view, sheet] = openSheet()
+            sim.installSystemImage(sheet.chosenImage.id)
+            store.loadImages()
+            tryVerify(() => sheet.chosenImage.installed, 20000)
+            sim.setBehaviour("avdmanager.create.fail", "Error: Something went wrong creating the phone.")
+            mouseClick(findChild(sheet, "Create"))
+            tryVerify(() => findChild(sheet, "createError") !== null, 20000)
+            compare(findChild(findChild(sheet, "createError"), "detailsSummary").text,
+                    "avdmanager could not create the phone.")
+            verify(sheet.visible)
+        }
+    }
+}

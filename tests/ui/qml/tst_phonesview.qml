@@ -1,0 +1,140 @@
+import QtQuick
+import QtQuick.Controls
+import QtTest
+import Tolvane
+
+Item {
+    id: root
+    width: 780
+    height: 640
+
+    Component {
+        id: phonesComponent
+        PhonesView { anchors.fill: parent }
+    }
+
+    TestCase {
+        id: test
+        name: "PhonesView"
+        when: windowShown
+
+        readonly property PhoneStore store: TolvaneApp.store
+
+        function init() {
+            sim.reset()
+            store.dismissError()
+        }
+
+        function cleanup() {
+            for (const runner of store.allRunners) {
+                if (runner.state !== EmulatorProcess.Stopped)
+                    runner.stop()
+            }
+            tryVerify(() => store.allRunners.every(runner => runner.state === EmulatorProcess.Stopped), 30000)
+        }
+
+        function readyView() {
+            sim.makeReady()
+            TolvaneApp.setup.refresh()
+            const view = createTemporaryObject(phonesComponent, root)
+            tryVerify(() => !store.isLoading, 20000)
+            return view
+        }
+
+        function rowFor(view, name) {
+            const list = findChild(view, "phoneList")
+            for (let i = 0; i < list.count; ++i) {
+                const item = list.itemAtIndex(i)
+                if (item && item.phone.name === name)
+                    return item
+            }
+            return null
+        }
+
+        function test_noticesAndNoPhonesHint() {
+            TolvaneApp.setup.refresh()
+            const view = createTemporaryObject(phonesComponent, root)
+            tryVerify(() => !store.isLoading, 20000)
+            verify(findChild(view, "toolsNotice").visible)
+            verify(findChild(view, "emulatorNotice").visible)
+            verify(!findChild(view, "New phone...").enabled)
+            verify(findChild(view, "noPhonesHint").visible)
+        }
+
+        function test_startWatchesTheLabel() {
+            sim.createPhone("Pixel_Start")
+            const view = readyView()
+            verify(!findChild(view, "toolsNotice").visible)
+            verify(!findChild(view, "emulatorNotice").visible)
+            tryVerify(() => rowFor(view, "Pixel_Start") !== null, 20000)
+            const row = rowFor(view, "Pixel_Start")
+            const label = findChild(row, "statusLabel")
+            compare(label.text, "Stopped")
+            const seen = []
+            const record = () => { if (seen[seen.length - 1] !== label.text) seen.push(label.text) }
+            label.textChanged.connect(record)
+            mouseClick(findChild(row, "Start"))
+            tryCompare(label, "text", "Running", 30000)
+            label.textChanged.disconnect(record)
+            compare(seen, ["Starting", "Booting", "Running"])
+            verify(!findChild(row, "Start").enabled)
+            verify(findChild(row, "Stop").enabled)
+            verify(!findChild(row, "Delete").enabled)
+            mouseClick(findChild(row, "Stop"))
+            tryCompare(label, "text", "Stopped", 30000)
+        }
+
+        function test_failedStartShowsTheBox() {
+            sim.createPhone("Pixel_Crash")
+            sim.setBehaviour("emulator.crash")
+            const view = readyView()
+            tryVerify(() => rowFor(view, "Pixel_Crash") !== null, 20000)
+            const row = rowFor(view, "Pixel_Crash")
+            mouseClick(findChild(row, "Start"))
+            tryVerify(() => findChild(row, "startFailure") !== null, 30000)
+            compare(findChild(findChild(row, "startFailure"), "detailsSummary").text,
+                    "Pixel_Crash did not start cleanly.")
+            compare(findChild(row, "statusLabel").text, "Stopped")
+        }
+
+        function test_wipeAppliesToOneStart() {
+            sim.createPhone("Pixel_Wipe")
+            const view = readyView()
+            tryVerify(() => rowFor(view, "Pixel_Wipe") !== null, 20000)
+            const row = rowFor(view, "Pixel_Wipe")
+            mouseClick(findChild(row, "Wipe data"))
+            const dialog = findChild(row, "wipeDialog")
+            tryVerify(() => dialog.opened)
+            compare(dialog.title, "Wipe data on Pixel_Wipe?")
+            mouseClick(findChild(dialog, "confirm"))
+            const runner = store.runner("Pixel_Wipe")
+            tryVerify(() => runner.lines.length > 0, 20000)
+            compare(runner.lines[0], "$ emulator -avd Pixel_Wipe -port 5554 -wipe-data -gpu auto")
+            verify(!findChild(view, "coldBoot").checked)
+            tryCompare(findChild(row, "statusLabel"), "text", "Running", 30000)
+            runner.stop()
+            tryCompare(findChild(row, "statusLabel"), "text", "Stopped", 30000)
+            mouseClick(findChild(row, "Start"))
+            tryVerify(() => runner.lines.length > 0 && runner.lines[0].indexOf("-wipe-data") < 0, 20000)
+        }
+
+        function test_deleteAfterConfirmation() {
+            sim.createPhone("Pixel_Gone")
+            const view = readyView()
+            tryVerify(() => rowFor(view, "Pixel_Gone") !== null, 20000)
+            const row = rowFor(view, "Pixel_Gone")
+            mouseClick(findChild(row, "Delete"))
+            const dialog = findChild(row, "deleteDialog")
+            tryVerify(() => dialog.opened)
+            compare(dialog.title, "Delete Pixel_Gone?")
+            mouseClick(findChild(dialog, "cancel"))
+            tryVerify(() => !dialog.visible)
+            verify(rowFor(view, "Pixel_Gone") !== null)
+            mouseClick(findChild(row, "Delete"))
+            tryVerify(() => dialog.opened)
+            mouseClick(findChild(dialog, "confirm"))
+            tryVerify(() => store.phones.length === 0, 20000)
+            tryVerify(() => findChild(view, "noPhonesHint").visible, 20000)
+        }
+    }
+}
