@@ -22,6 +22,9 @@ public:
     // the log tell a trim from a reset.
     qint64 droppedCount() const { return m_dropped; }
 
+    // The whole log as one text, for copying.
+    Q_INVOKABLE QString text() const { return m_lines.join(QLatin1Char('\n')); }
+
     void reset(const QStringList &lines);
     void append(const QStringList &lines);
     void replaceLast(const QString &line);

@@ -2,7 +2,9 @@ import QtQuick
 import QtQuick.Controls
 import Tolvane
 
-// A scrolling, selectable view of a log that follows its end whenever a line is added or dropped.
+// A scrolling view of a log that follows its end whenever a line is added or dropped. Only the lines
+// on screen are laid out, so a flood of output costs the view next to nothing; each line is
+// selectable, and "Copy" takes the whole log.
 Rectangle {
     id: box
     property LogLines lines
@@ -11,35 +13,42 @@ Rectangle {
     radius: 6
     color: Qt.rgba(0, 0, 0, 0.06)
 
-    function scrollToEnd() {
-        flick.contentY = Math.max(0, flick.contentHeight - flick.height)
-    }
-
-    Flickable {
-        id: flick
+    ListView {
+        id: list
+        objectName: "logList"
         anchors.fill: parent
         anchors.margins: 6
         clip: true
-        contentWidth: width
-        contentHeight: edit.contentHeight
+        model: box.lines
         boundsBehavior: Flickable.StopAtBounds
+        reuseItems: true
         ScrollBar.vertical: ScrollBar {}
-
-        TextEdit {
-            id: edit
-            objectName: "logText"
-            width: flick.width
+        delegate: TextEdit {
+            required property string line
+            width: ListView.view.width
+            text: line
             readOnly: true
             selectByMouse: true
-            persistentSelection: true
             textFormat: TextEdit.PlainText
             wrapMode: TextEdit.WrapAnywhere
             font: Style.monoCaption
         }
+        // Follows the end once per event-loop turn, however many lines arrived in it.
+        property bool following: false
+        function follow() {
+            following = false
+            positionViewAtEnd()
+        }
+        onCountChanged: {
+            if (!following) {
+                following = true
+                Qt.callLater(follow)
+            }
+        }
     }
 
     Label {
-        visible: box.placeholder.length > 0 && (!box.lines || box.lines.count === 0)
+        visible: box.placeholder.length > 0 && list.count === 0
         anchors.left: parent.left
         anchors.top: parent.top
         anchors.margins: 6
@@ -48,16 +57,15 @@ Rectangle {
         color: Style.secondary
     }
 
-    LogDocument {
-        id: mirror
-        document: edit.textDocument
-        lines: box.lines
-        property int lastCount: -1
-        onSynced: {
-            if (box.lines && box.lines.count !== lastCount) {
-                lastCount = box.lines.count
-                box.scrollToEnd()
-            }
-        }
+    Button {
+        objectName: "copyLog"
+        visible: list.count > 0
+        text: "Copy"
+        flat: true
+        font: Style.caption
+        anchors.right: parent.right
+        anchors.top: parent.top
+        anchors.rightMargin: 14
+        onClicked: TolvaneApp.copyToClipboard(box.lines.text())
     }
 }

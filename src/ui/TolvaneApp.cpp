@@ -2,7 +2,9 @@
 
 #include "AndroidTools.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
+#include <QGuiApplication>
 #include <QJSEngine>
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -51,6 +53,11 @@ TolvaneApp *TolvaneApp::create(QQmlEngine *, QJSEngine *)
 bool TolvaneApp::emulatorInstalled() const
 {
     return AndroidTools::emulatorPath().has_value();
+}
+
+void TolvaneApp::copyToClipboard(const QString &text) const
+{
+    QGuiApplication::clipboard()->setText(text);
 }
 
 void TolvaneApp::openHomebrewSite() const

@@ -41,6 +41,7 @@ public:
     // Asked each time a phone row is drawn: the emulator program can vanish or appear at any moment.
     Q_INVOKABLE bool emulatorInstalled() const;
     Q_INVOKABLE void openHomebrewSite() const;
+    Q_INVOKABLE void copyToClipboard(const QString &text) const;
     // The Phones tab keeps its start options as plain values and builds one for each start.
     Q_INVOKABLE StartOptions startOptions(
         bool coldBoot, bool noSnapshot, bool wipeData, const QString &scale, const QString &gpu) const;

@@ -2,7 +2,9 @@
 
 #include "Host.h"
 
+#include <QClipboard>
 #include <QFile>
+#include <QGuiApplication>
 
 SimControl::SimControl(QObject *parent)
     : QObject(parent)
@@ -42,4 +44,9 @@ bool SimControl::isPng(const QString &path) const
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) && file.read(4) == QByteArray("\x89PNG");
+}
+
+QString SimControl::clipboardText() const
+{
+    return QGuiApplication::clipboard()->text();
 }

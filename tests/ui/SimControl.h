@@ -38,6 +38,7 @@ public:
     // Writes a file below the root and returns its path.
     Q_INVOKABLE QString writeFile(const QString &name, const QString &content) const;
     Q_INVOKABLE bool isPng(const QString &path) const;
+    Q_INVOKABLE QString clipboardText() const;
     Q_INVOKABLE QString sdkRoot() const { return m_host->sdkRoot(); }
     // A setup controller for a Mac whose arm64 answer is false; owned by this object.
     Q_INVOKABLE SetupController *intelSetup();

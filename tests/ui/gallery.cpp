@@ -13,6 +13,8 @@
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
+#include <QCoroTask>
+
 #include <cstdio>
 #include <functional>
 
@@ -186,6 +188,122 @@ int main(int argc, char *argv[])
             EmulatorProcess *runner = store->runner(QStringLiteral("Pixel_7_API_34"));
             waitUntil([&] { return runner->failure().has_value(); });
             return shot.openLogs();
+        });
+
+    const auto readyWithPhones = [](SimHost &host) {
+        host.makeReady();
+        host.createPhone(QStringLiteral("Pixel_7_API_34"));
+        host.createPhone(QStringLiteral("Pixel_8_Play"), QStringLiteral("pixel_8"),
+            QStringLiteral("system-images;android-35;google_apis_playstore;arm64-v8a"));
+        host.addBrokenPhone(QStringLiteral("Old_Phone"));
+    };
+    const auto phonesTab = [](Shot &shot) -> QQuickWindow * {
+        shot.selectTab(1);
+        waitUntil([&] { return !shot.app->store()->isLoading(); });
+        return nullptr;
+    };
+    const auto startAndWait = [](Shot &shot, const QString &name, EmulatorProcess::State state) {
+        shot.app->store()->start(name, StartOptions());
+        EmulatorProcess *runner = shot.app->store()->runner(name);
+        waitUntil([&] { return runner->state() == state; }, 30000);
+        return runner;
+    };
+    gallery.shoot(QStringLiteral("11-phones-not-ready"), nothing, phonesTab);
+    gallery.shoot(QStringLiteral("12-phones-list"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
+        phonesTab(shot);
+        startAndWait(shot, QStringLiteral("Pixel_8_Play"), EmulatorProcess::State::Running);
+        return nullptr;
+    });
+    gallery.shoot(
+        QStringLiteral("13-phones-failed-start"),
+        [&](SimHost &host) {
+            readyWithPhones(host);
+            host.setBehaviour(QStringLiteral("emulator.crash"));
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            phonesTab(shot);
+            EmulatorProcess *runner
+                = startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Stopped);
+            waitUntil([&] { return runner->failure().has_value(); });
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("14-phones-raw-listing-and-error"),
+        [](SimHost &host) {
+            host.makeReady();
+            host.setBehaviour(QStringLiteral("avdmanager.list-avd.output"),
+                QStringLiteral("Something avdmanager never said before"));
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            phonesTab(shot);
+            auto deleting = shot.app->store()->deletePhoneTask(QStringLiteral("Nobody"));
+            QCoro::waitFor(std::move(deleting));
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("15-phones-delete-confirmation"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
+            phonesTab(shot);
+            QObject *dialog = shot.main->findChild<QObject *>(QStringLiteral("deleteDialog"));
+            QMetaObject::invokeMethod(dialog, "open");
+            return nullptr;
+        });
+    const auto openSheet = [&](Shot &shot) {
+        phonesTab(shot);
+        shot.main->findChild<QObject *>(QStringLiteral("phonesView"))->setProperty("showNew", true);
+        PhoneStore *store = shot.app->store();
+        waitUntil([&] {
+            return !store->imagesLoading() && !store->devicesLoading() && !store->images().isEmpty();
+        });
+        Shot::settle();
+    };
+    gallery.shoot(
+        QStringLiteral("16-new-phone-sheet"), [](SimHost &host) { host.makeReady(); },
+        [&](Shot &shot) -> QQuickWindow * {
+            openSheet(shot);
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("17-new-phone-installing-image"),
+        [](SimHost &host) {
+            host.makeReady();
+            host.setTimeScale(1.0);
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            openSheet(shot);
+            QMetaObject::invokeMethod(
+                shot.main->findChild<QObject *>(QStringLiteral("Install it")), "clicked");
+            waitUntil([&] { return shot.app->store()->imageJob()->progress().value_or(0) > 0.3; });
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("18-new-phone-image-installed"),
+        [](SimHost &host) {
+            host.makeReady();
+            host.installSystemImage(QStringLiteral("system-images;android-35;google_apis;arm64-v8a"));
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            openSheet(shot);
+            return nullptr;
+        });
+    gallery.shoot(QStringLiteral("19-apps-no-phone"), nothing, [](Shot &shot) -> QQuickWindow * {
+        shot.selectTab(2);
+        return nullptr;
+    });
+    gallery.shoot(
+        QStringLiteral("20-apps-running-phone"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
+            startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Running);
+            ApkInstaller *installer = shot.app->installer();
+            const QString serial = QStringLiteral("emulator-5554");
+            QList<QUrl> apps;
+            for (const char *name : {"com.example.notes.apk", "org.example.maps.apk", "readme.txt"}) {
+                const QString path = gallery.sim.writeFile(QString::fromLatin1(name), QStringLiteral("PK"));
+                apps << QUrl::fromLocalFile(path);
+            }
+            shot.selectTab(2);
+            auto installing = installer->installTask(apps, serial);
+            QCoro::waitFor(std::move(installing));
+            waitUntil([&] { return installer->packages().size() == 2; });
+            return nullptr;
         });
 
     std::printf("%d screens\n", gallery.saved);

@@ -25,6 +25,14 @@ Item {
             setup.hideLicenseText()
         }
 
+        // Waits until the button can be pressed and sits where it is drawn, then presses it.
+        function press(view, text) {
+            const found = button(view, text)
+            tryVerify(() => found.visible && found.enabled, 20000, text)
+            waitForRendering(view)
+            mouseClick(found)
+        }
+
         function button(view, text) {
             const found = findChild(view, text)
             verify(found, "button " + text)
@@ -51,7 +59,7 @@ Item {
             const view = createTemporaryObject(setupComponent, root)
             setup.refresh()
             verify(button(view, "Install Java").enabled)
-            mouseClick(button(view, "Install Java"))
+            press(view, "Install Java")
             tryVerify(() => setup.javaReady, 20000)
             verify(!button(view, "Install Java").visible)
             verify(button(view, "Install tools").enabled)
@@ -62,7 +70,7 @@ Item {
             sim.setTimeScale(1.0)
             const view = createTemporaryObject(setupComponent, root)
             setup.refresh()
-            mouseClick(button(view, "Install tools"))
+            press(view, "Install tools")
             tryVerify(() => setup.job.isRunning)
             verify(!button(view, "Install Java").enabled)
             verify(!button(view, "Install tools").enabled)
@@ -85,20 +93,20 @@ Item {
             verify(card.visible)
             compare(findChild(view, "emulatorHeading").text, "3. Emulator")
 
-            mouseClick(button(view, "Show license text"))
+            press(view, "Show license text")
             tryVerify(() => setup.licenseText !== undefined, 20000)
             verify(findChild(view, "licenseText").text.length > 0)
             verify(!button(view, "Show license text").visible)
             verify(button(view, "Hide").enabled)
 
-            mouseClick(button(view, "Hide"))
+            press(view, "Hide")
             verify(setup.licenseText === undefined)
             verify(button(view, "Show license text").visible)
             verify(!setup.licensesAccepted)
 
-            mouseClick(button(view, "Show license text"))
+            press(view, "Show license text")
             tryVerify(() => setup.licenseText !== undefined, 20000)
-            mouseClick(button(view, "I accept these licenses"))
+            press(view, "I accept these licenses")
             tryVerify(() => setup.licensesAccepted, 20000)
             verify(!card.visible)
             compare(findChild(view, "emulatorHeading").text, "2. Emulator")
@@ -110,7 +118,7 @@ Item {
             sim.setBehaviour("brew.fail")
             const view = createTemporaryObject(setupComponent, root)
             setup.refresh()
-            mouseClick(button(view, "Install Java"))
+            press(view, "Install Java")
             tryVerify(() => setup.message !== undefined, 20000)
             const message = findChild(view, "setupMessage")
             verify(message.visible)
