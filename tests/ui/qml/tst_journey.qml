@@ -23,7 +23,7 @@ Item {
             const found = findChild(parent, name)
             verify(found, name)
             tryVerify(() => found.visible && found.enabled, 30000, name + " should be usable")
-            waitForRendering(parent)
+            waitForRendering(root)
             mouseClick(found)
         }
 
