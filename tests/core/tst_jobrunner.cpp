@@ -1,6 +1,9 @@
+#include "AndroidTools.h"
 #include "Host.h"
 #include "JobRunner.h"
+#include "SimHost.h"
 
+#include <QFileInfo>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -147,6 +150,54 @@ private Q_SLOTS:
             runner, QStringLiteral("read answer; echo \"answer: $answer\""), QStringLiteral("y\n"));
         QVERIFY(result.isClean());
         QCOMPARE(runner.lines().last(), QStringLiteral("answer: y"));
+    }
+
+    // The simulated Homebrew and sdkmanager redraw their progress with carriage returns and read their
+    // answers from standard input, as the real ones do.
+    void simulatedInstalls()
+    {
+        QTemporaryDir root;
+        SimHost sim(root.path());
+        sim.installBrew();
+        sim.activate();
+        JobRunner runner;
+
+        ProcessResult result = QCoro::waitFor(runner.run(QStringLiteral("Installing Java (OpenJDK 17)"),
+            sim.brewPath(), {QStringLiteral("install"), QStringLiteral("openjdk@17")}));
+        QVERIFY2(result.isClean(), qPrintable(runner.lines().join('\n')));
+        QCOMPARE(runner.progress(), 1.0);
+        QVERIFY(runner.lines().contains(
+            QStringLiteral("==> Pouring openjdk@17--17.0.13.arm64_sonoma.bottle.tar.gz")));
+        QVERIFY(AndroidTools::javaHome());
+
+        sim.installCommandLineTools();
+        const QString sdkManager = *AndroidTools::sdkManager();
+        const QStringList licences
+            = {QStringLiteral("--sdk_root=") + AndroidTools::sdkRoot(), QStringLiteral("--licenses")};
+        result = QCoro::waitFor(runner.run(QStringLiteral("Accepting SDK licenses"), sdkManager, licences,
+            QStringLiteral("y\n").repeated(40)));
+        QVERIFY(result.isClean());
+        QCOMPARE(runner.lines().last(), QStringLiteral("All SDK package licenses accepted"));
+        QVERIFY(QFileInfo::exists(AndroidTools::licenseFile()));
+
+        result
+            = QCoro::waitFor(runner.run(QStringLiteral("Installing emulator and platform tools"), sdkManager,
+                {QStringLiteral("--sdk_root=") + AndroidTools::sdkRoot(), QStringLiteral("emulator"),
+                    QStringLiteral("platform-tools")}));
+        QVERIFY(result.isClean());
+        // Each package's redrawn bar stays one line in the log.
+        QCOMPARE(runner.lines().filter(QStringLiteral("Downloading emulator")).size(), 0);
+        QVERIFY(runner.lines().size() < 8);
+        QVERIFY(AndroidTools::emulatorPath());
+        QVERIFY(AndroidTools::adbPath());
+
+        sim.setBehaviour(QStringLiteral("sdkmanager.fail"));
+        result = QCoro::waitFor(runner.run(QStringLiteral("Installing"), sdkManager,
+            {QStringLiteral("--sdk_root=") + AndroidTools::sdkRoot(),
+                QStringLiteral("system-images;android-35;google_apis;arm64-v8a")}));
+        QCOMPARE(result.status, 1);
+        QCOMPARE(runner.lines().last(), QStringLiteral("Finished with exit status 1."));
+        QVERIFY(runner.progress().value_or(0) > 0.9);
     }
 
     void nextRunReplacesTheLog()
