@@ -31,7 +31,10 @@ struct ProcessEnd
     void await_resume() const { }
 };
 
-// QProcess prefixes the system's reason with the call that failed; the user needs only the reason.
+} // namespace
+
+namespace ToolRunner {
+
 QString launchFailureReason(const QProcess &process)
 {
     QString reason = process.errorString();
@@ -40,10 +43,6 @@ QString launchFailureReason(const QProcess &process)
         reason = reason.mid(colon + 2);
     return reason;
 }
-
-} // namespace
-
-namespace ToolRunner {
 
 QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironment env,
     std::optional<double> timeout, std::optional<QString> input, QPointer<RunningJob> job,

@@ -4,6 +4,7 @@
 #include "RunningJob.h"
 
 #include <QPointer>
+#include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
 
@@ -16,6 +17,10 @@
 namespace ToolRunner {
 
 using OutputSink = std::function<void(const QString &chunk)>;
+
+// Why a process could not be started, in the system's words: QProcess's message without the name of
+// the call that failed.
+QString launchFailureReason(const QProcess &process);
 
 // Resolves exactly once, on the thread that awaited it. Never throws.
 // `timeout` is in seconds and only asks the child to terminate; `input` is written to standard

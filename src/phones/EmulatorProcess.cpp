@@ -2,6 +2,7 @@
 
 #include "AndroidTools.h"
 #include "ProcessResult.h"
+#include "ToolRunner.h"
 
 #include <QTimer>
 
@@ -13,16 +14,6 @@ EmulatorProcess::Timing &currentTiming()
 {
     static EmulatorProcess::Timing timing;
     return timing;
-}
-
-// QProcess prefixes the system's reason with the call that failed; the user needs only the reason.
-QString launchFailureReason(const QProcess &process)
-{
-    QString reason = process.errorString();
-    const qsizetype colon = reason.lastIndexOf(QStringLiteral(": "));
-    if (colon >= 0)
-        reason = reason.mid(colon + 2);
-    return reason;
 }
 
 bool answered(const ProcessResult &result, QLatin1String answer)
@@ -110,7 +101,8 @@ void EmulatorProcess::start(QString emulator, int port, StartOptions options)
     process->start();
     // Blocks only as long as the exec takes: a launch failure must leave the phone stopped, never starting.
     if (!process->waitForStarted()) {
-        setFailure(QStringLiteral("Could not start the emulator: ") + launchFailureReason(*process));
+        setFailure(
+            QStringLiteral("Could not start the emulator: ") + ToolRunner::launchFailureReason(*process));
         delete process;
         return;
     }
