@@ -18,6 +18,8 @@ Rectangle {
         objectName: "logList"
         anchors.fill: parent
         anchors.margins: 6
+        // Lines wrap before the Copy button, never under it.
+        anchors.rightMargin: copy.visible ? copy.width + 12 : 6
         clip: true
         model: box.lines
         boundsBehavior: Flickable.StopAtBounds
@@ -58,6 +60,7 @@ Rectangle {
     }
 
     Button {
+        id: copy
         objectName: "copyLog"
         visible: list.count > 0
         text: "Copy"
@@ -65,7 +68,7 @@ Rectangle {
         font: Style.caption
         anchors.right: parent.right
         anchors.top: parent.top
-        anchors.rightMargin: 14
+        anchors.margins: 4
         onClicked: TolvaneApp.copyToClipboard(box.lines.text())
     }
 }
