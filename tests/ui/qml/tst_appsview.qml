@@ -53,17 +53,20 @@ Item {
             compare(findChild(view, "adbOutput").text, installer.output.length > 0 ? installer.output : "Nothing yet.")
         }
 
-        function test_dropThreeFilesOneNotAnApp() {
+        function test_dropThreeFilesThenOneThatIsNotAnApp() {
             runningPhone("Pixel_Apps")
             const view = createTemporaryObject(appsComponent, root)
             verify(findChild(view, "dropZone").visible)
-            const before = outputLines().length
-            view.dropFiles([apk("com.example.one.apk"), apk("com.example.two.apk"), apk("notes.txt")])
-            tryVerify(() => !installer.busy && outputLines().filter(line => line.startsWith("Success")).length >= 2, 30000)
-            const lines = outputLines().slice(installer.output.length > 0 ? before - 1 : 0)
-            compare(lines.filter(line => line.startsWith("Installing ")).length, 2)
-            compare(lines.filter(line => line === "Only .apk files can be installed.").length, 1)
-            tryVerify(() => installer.packages.length >= 2, 20000)
+            const before = installer.output.length
+            view.dropFiles([apk("com.example.one.apk"), apk("com.example.two.apk"), apk("com.example.three.apk")])
+            tryVerify(() => installer.packages.length === 3 && !installer.busy, 30000, installer.output)
+            const added = installer.output.slice(before).split("\n")
+            compare(added.filter(line => line.startsWith("Installing ")).length, 3)
+            compare(added.filter(line => line === "Success").length, 3)
+
+            view.dropFiles([apk("notes.txt")])
+            tryVerify(() => installer.output.endsWith("Only .apk files can be installed."), 20000)
+            verify(!installer.busy)
         }
 
         function test_listAndUninstall() {
