@@ -3,8 +3,10 @@
 #include "Host.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QThread>
 
 #include <csignal>
 
@@ -83,19 +85,22 @@ void SimHost::installBrew(bool legacyPrefix)
     installStub(QStringLiteral("brew"), brewPath());
 }
 
-void SimHost::run(const QString &tool, const QStringList &args, const QByteArray &input) const
+QProcessEnvironment SimHost::toolEnvironment() const
 {
-    const QString java
-        = m_root + QStringLiteral("/opt/homebrew/opt/openjdk@17/libexec/openjdk.jdk/Contents/Home");
     QProcessEnvironment env;
     env.insert(QStringLiteral("HOME"), m_root);
     env.insert(QStringLiteral("TMPDIR"), QDir::tempPath());
     env.insert(QStringLiteral("PATH"), QStringLiteral("/usr/bin:/bin:/usr/sbin:/sbin"));
     env.insert(QStringLiteral("ANDROID_SDK_ROOT"), sdkRoot());
-    env.insert(QStringLiteral("JAVA_HOME"), java);
+    env.insert(QStringLiteral("JAVA_HOME"),
+        m_root + QStringLiteral("/opt/homebrew/opt/openjdk@17/libexec/openjdk.jdk/Contents/Home"));
     env.insert(QStringLiteral("SIM_TOOLS"), toolsDir);
     env.insert(QStringLiteral("SIM_STATE"), stateDir());
+    return env;
+}
 
+void SimHost::run(const QString &tool, const QStringList &args, const QByteArray &input) const
+{
     const QString scaleFile = stateDir() + QStringLiteral("/scale");
     QFile scale(scaleFile);
     scale.open(QIODevice::ReadOnly);
@@ -104,7 +109,7 @@ void SimHost::run(const QString &tool, const QStringList &args, const QByteArray
     writeText(scaleFile, "0");
 
     QProcess process;
-    process.setProcessEnvironment(env);
+    process.setProcessEnvironment(toolEnvironment());
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(QStringLiteral("/bin/sh"), QStringList {toolsDir + QLatin1Char('/') + tool} + args);
     process.write(input);
@@ -185,9 +190,39 @@ void SimHost::addBrokenPhone(const QString &name)
     config.write("broken=1\n");
 }
 
-void SimHost::setBehaviour(const QString &key, const QString &value)
+QString SimHost::startPhone(const QString &name, int port)
 {
-    writeText(stateDir() + QStringLiteral("/behaviour/") + key, value.toUtf8());
+    QProcess emulator;
+    emulator.setProcessEnvironment(toolEnvironment());
+    emulator.setStandardOutputFile(QProcess::nullDevice());
+    emulator.setStandardErrorFile(QProcess::nullDevice());
+    emulator.setProgram(QStringLiteral("/bin/sh"));
+    emulator.setArguments({toolsDir + QStringLiteral("/emulator"), QStringLiteral("-avd"), name,
+        QStringLiteral("-port"), QString::number(port)});
+    if (!emulator.startDetached())
+        qFatal("cannot start the simulated emulator");
+    const QString booted = stateDir() + QStringLiteral("/emulators/%1/booted").arg(port);
+    QElapsedTimer waited;
+    waited.start();
+    while (!QFile::exists(booted)) {
+        if (waited.elapsed() > 30000)
+            qFatal("the simulated %s did not boot", qPrintable(name));
+        QThread::msleep(10);
+    }
+    return QStringLiteral("emulator-%1").arg(port);
+}
+
+void SimHost::setInstalledApps(const QString &name, const QStringList &packages)
+{
+    QByteArray lines;
+    for (const QString &package : packages)
+        lines += package.toUtf8() + '\n';
+    writeText(stateDir() + QStringLiteral("/packages/") + name, lines);
+}
+
+void SimHost::setBehaviour(const QString &key, const QByteArray &value)
+{
+    writeText(stateDir() + QStringLiteral("/behaviour/") + key, value);
 }
 
 void SimHost::clearBehaviour(const QString &key)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -39,8 +40,14 @@ public:
     // A phone that avdmanager lists among those that could not be loaded.
     void addBrokenPhone(const QString &name);
 
+    // Starts a created phone's emulator on its own, as if another app had, and returns its serial once
+    // it has booted.
+    QString startPhone(const QString &name, int port = 5554);
+    // Replaces the apps the user installed on a phone.
+    void setInstalledApps(const QString &name, const QStringList &packages);
+
     // Tells a tool to misbehave; sim/README.md lists the keys.
-    void setBehaviour(const QString &key, const QString &value = QStringLiteral("1"));
+    void setBehaviour(const QString &key, const QByteArray &value = QByteArrayLiteral("1"));
     void clearBehaviour(const QString &key);
 
     QStringList runningEmulators() const;
@@ -49,6 +56,8 @@ public:
 private:
     // Runs one simulated tool through its installed stub, with no delays, and insists it succeeds.
     void run(const QString &tool, const QStringList &args, const QByteArray &input = {}) const;
+    // What the app gives the tools, and where they find the simulator.
+    QProcessEnvironment toolEnvironment() const;
     void installStub(const QString &tool, const QString &path) const;
 
     QString m_root;

@@ -1,10 +1,9 @@
 #include "AndroidTools.h"
 #include "ApkInstaller.h"
 #include "DialogSaveLocationChooser.h"
-#include "Host.h"
+#include "SimHost.h"
 #include "TestFiles.h"
 
-#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -19,42 +18,7 @@ namespace {
 const QString serial = QStringLiteral("emulator-5554");
 const QString noAdb
     = QStringLiteral("adb was not found. Install the emulator and platform tools on the Setup tab first.");
-const QByteArray png("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
-
-// A temporary Mac whose HOME is its root; with the platform tools, adb is an sh stand-in that talks to one
-// running phone, emulator-5554. Files in the control folder tell it what to print.
-class StandInMac
-{
-public:
-    explicit StandInMac(const QString &root)
-        : m_root(root)
-    {
-        Host::setCurrent(Host::underRoot(root, true));
-        qunsetenv("ANDROID_HOME");
-        qunsetenv("ANDROID_SDK_ROOT");
-        qputenv("HOME", root.toUtf8());
-    }
-
-    void installPlatformTools()
-    {
-        QFile adb(QStringLiteral(STAND_INS_DIR "/adb"));
-        if (!adb.open(QIODevice::ReadOnly))
-            qFatal("cannot read the adb stand-in");
-        writeFile(AndroidTools::sdkRoot() + QStringLiteral("/platform-tools/adb"), adb.readAll(), true);
-    }
-    void installApps(const QStringList &packages)
-    {
-        writeFile(
-            m_root + QStringLiteral("/phone/packages"), packages.join(QLatin1Char('\n')).toUtf8() + '\n');
-    }
-    void setControl(const QString &name, const QByteArray &content)
-    {
-        writeFile(m_root + QStringLiteral("/control/") + name, content);
-    }
-
-private:
-    QString m_root;
-};
+const QString phone = QStringLiteral("Pixel_7");
 
 // Answers every save request at once with a fixed path, or cancels when there is none.
 class FixedChooser : public SaveLocationChooser
@@ -87,29 +51,50 @@ class TestApkInstaller : public QObject
 {
     Q_OBJECT
 
+    // One simulated Mac with one running phone serves every test; each test gets a fresh folder of files.
+    QTemporaryDir m_machine;
+    std::unique_ptr<SimHost> m_sim;
     std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<StandInMac> m_mac;
 
     QString path(const QString &name) const { return m_dir->filePath(name); }
 
+    // Each named file exists, holding a few bytes.
     QList<QUrl> files(const QStringList &names) const
     {
         QList<QUrl> urls;
-        for (const QString &name : names)
+        for (const QString &name : names) {
+            writeFile(path(name), "PK\x03\x04");
             urls.append(QUrl::fromLocalFile(path(name)));
+        }
         return urls;
     }
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        m_sim = std::make_unique<SimHost>(m_machine.path());
+        m_sim->activate();
+        m_sim->makeReady();
+        m_sim->createPhone(phone);
+        QCOMPARE(m_sim->startPhone(phone), serial);
+    }
+
     void init()
     {
         m_dir = std::make_unique<QTemporaryDir>();
-        m_mac = std::make_unique<StandInMac>(m_dir->path());
+        m_sim->setInstalledApps(phone, {});
     }
+
+    void cleanup()
+    {
+        for (const char *key : {"adb.silent", "adb.pm.output", "adb.pm.fail", "adb.screencap.output"})
+            m_sim->clearBehaviour(QLatin1String(key));
+    }
+
+    void cleanupTestCase() { m_sim.reset(); }
 
     void onlyApkFiles()
     {
-        m_mac->installPlatformTools();
         ApkInstaller installer;
         QSignalSpy busy(&installer, &ApkInstaller::busyChanged);
         QSignalSpy packages(&installer, &ApkInstaller::packagesChanged);
@@ -128,6 +113,9 @@ private Q_SLOTS:
 
     void withoutAdb()
     {
+        const QString adb = *AndroidTools::adbPath();
+        QVERIFY(QFile::rename(adb, adb + QStringLiteral(".away")));
+        const auto restore = qScopeGuard([&] { QFile::rename(adb + QStringLiteral(".away"), adb); });
         ApkInstaller installer;
         QCoro::waitFor(installer.installTask(files({"app.apk"}), serial));
         QCOMPARE(installer.output(), QStringLiteral("Installing app.apk...\n") + noAdb);
@@ -144,41 +132,45 @@ private Q_SLOTS:
     void install_data()
     {
         QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QString>("behaviour");
         QTest::addColumn<QString>("output");
         QTest::addColumn<QStringList>("packages");
 
         QTest::newRow("one of three is not an apk")
-            << QStringList {"zeta.apk", "notes.txt", "Alpha.APK"}
+            << QStringList {"zeta.apk", "notes.txt", "Alpha.APK"} << QString()
             << QStringLiteral("Installing zeta.apk...\nPerforming Streamed Install\nSuccess\n"
                               "Installing Alpha.APK...\nPerforming Streamed Install\nSuccess")
             << QStringList {"com.example.alpha", "com.example.zeta"};
         QTest::newRow("a failed install does not stop the batch")
-            << QStringList {"broken.apk", "good.Apk"}
+            << QStringList {"broken.apk", "good.Apk"} << QString()
             << QStringLiteral("Installing broken.apk...\nPerforming Streamed Install\nadb: failed to install "
-                              "<folder>/broken.apk: "
-                              "Failure [INSTALL_PARSE_FAILED_NOT_APK]\n"
+                              "<folder>/broken.apk: Failure [INSTALL_PARSE_FAILED_NOT_APK: Failed parse "
+                              "during installPackageLI: Failed to parse <folder>/broken.apk]\n"
                               "Installing good.Apk...\nPerforming Streamed Install\nSuccess")
             << QStringList {"com.example.good"};
         QTest::newRow("install that prints nothing")
-            << QStringList {"silent.apk"}
-            << QStringLiteral("Installing silent.apk...\n(adb printed nothing; exit status 4)")
+            << QStringList {"quiet.apk"} << QStringLiteral("adb.silent")
+            << QStringLiteral("Installing quiet.apk...\n(adb printed nothing; exit status 1)")
             << QStringList {};
     }
 
     void install()
     {
         QFETCH(QStringList, names);
+        QFETCH(QString, behaviour);
         QFETCH(QString, output);
         QFETCH(QStringList, packages);
 
-        m_mac->installPlatformTools();
+        if (!behaviour.isEmpty())
+            m_sim->setBehaviour(behaviour);
+        const QList<QUrl> urls = files(names);
         ApkInstaller installer;
         QSignalSpy busy(&installer, &ApkInstaller::busyChanged);
         QList<bool> busyWhileListed;
         connect(&installer, &ApkInstaller::packagesChanged, this,
             [&] { busyWhileListed.append(installer.busy()); });
 
-        installer.install(files(names), serial);
+        installer.install(urls, serial);
         QVERIFY(installer.busy());
         QTRY_COMPARE(busyWhileListed.size(), 1);
         QCOMPARE(installer.output(), output.replace(QStringLiteral("<folder>"), m_dir->path()));
@@ -191,49 +183,46 @@ private Q_SLOTS:
     void listing_data()
     {
         QTest::addColumn<QString>("serial");
-        QTest::addColumn<QByteArray>("listing"); // what adb prints; empty for the phone's own apps
-        QTest::addColumn<QByteArray>("status");
+        QTest::addColumn<QString>("behaviour");
+        QTest::addColumn<QByteArray>("listing"); // what the behaviour makes adb print
         QTest::addColumn<QStringList>("packages");
         QTest::addColumn<QString>("note");
 
+        const QString output = QStringLiteral("adb.pm.output");
         const QStringList earlier {"com.example.kept"};
-        QTest::newRow("sorted") << serial << QByteArray("package:com.b\npackage:com.a\n") << QByteArray("0")
+        QTest::newRow("sorted") << serial << output << QByteArray("package:com.b\npackage:com.a")
                                 << QStringList {"com.a", "com.b"} << "<none>";
         QTest::newRow("white space around lines")
-            << serial << QByteArray("  package:com.c \r\n\tpackage:com.a\r\n") << QByteArray("0")
+            << serial << output << QByteArray("  package:com.c \r\n\tpackage:com.a\r")
             << QStringList {"com.a", "com.c"} << "<none>";
-        QTest::newRow("no packages") << serial << QByteArray("\n") << QByteArray("0") << QStringList {}
+        QTest::newRow("no packages") << serial << output << QByteArray("\n") << QStringList {}
                                      << "No apps installed by you yet.";
-        QTest::newRow("other text") << serial
-                                    << QByteArray("\nError: could not access the Package Manager.\n")
-                                    << QByteArray("0") << QStringList {}
+        QTest::newRow("other text") << serial << output
+                                    << QByteArray("\nError: could not access the Package Manager.")
+                                    << QStringList {}
                                     << "adb said: Error: could not access the Package Manager.";
-        QTest::newRow("listing fails")
-            << serial << QByteArray("cmd: Failure calling service package\n") << QByteArray("1") << earlier
-            << "Could not list apps: cmd: Failure calling service package";
+        QTest::newRow("listing fails") << serial << QStringLiteral("adb.pm.fail") << QByteArray("1")
+                                       << earlier << "Could not list apps: cmd: Can't find service: package";
         QTest::newRow("unknown phone")
-            << QStringLiteral("emulator-5556") << QByteArray() << QByteArray("0") << earlier
-            << "Could not list apps: adb: device 'emulator-5556' not found";
+            << QStringLiteral("emulator-5556") << QString() << QByteArray() << earlier
+            << "Could not list apps: error: device 'emulator-5556' not found";
     }
 
     void listing()
     {
         QFETCH(QString, serial);
+        QFETCH(QString, behaviour);
         QFETCH(QByteArray, listing);
-        QFETCH(QByteArray, status);
         QFETCH(QStringList, packages);
         QFETCH(QString, note);
 
-        m_mac->installPlatformTools();
-        m_mac->installApps({QStringLiteral("com.example.kept")});
+        m_sim->setInstalledApps(phone, {QStringLiteral("com.example.kept")});
         ApkInstaller installer;
         QCoro::waitFor(installer.refreshPackagesTask(::serial));
         QCOMPARE(installer.packages(), QStringList {QStringLiteral("com.example.kept")});
 
-        if (!listing.isEmpty()) {
-            m_mac->setControl(QStringLiteral("list.out"), listing);
-            m_mac->setControl(QStringLiteral("list.status"), status);
-        }
+        if (!behaviour.isEmpty())
+            m_sim->setBehaviour(behaviour, listing);
         QSignalSpy busy(&installer, &ApkInstaller::busyChanged);
         QCoro::waitFor(installer.refreshPackagesTask(serial));
         QCOMPARE(installer.packages(), packages);
@@ -245,30 +234,39 @@ private Q_SLOTS:
     void uninstall_data()
     {
         QTest::addColumn<QString>("package");
+        QTest::addColumn<QString>("behaviour");
         QTest::addColumn<QString>("output");
         QTest::addColumn<QStringList>("packages");
 
-        QTest::newRow("installed") << QStringLiteral("com.example.a")
+        QTest::newRow("installed") << QStringLiteral("com.example.a") << QString()
                                    << "Uninstalling com.example.a...\nSuccess"
                                    << QStringList {"com.example.b"};
-        QTest::newRow("prints nothing")
-            << QStringLiteral("com.example.gone") << "Uninstalling com.example.gone...\n(no output)"
+        QTest::newRow("not installed")
+            << QStringLiteral("com.example.gone") << QString()
+            << "Uninstalling com.example.gone...\nFailure [DELETE_FAILED_INTERNAL_ERROR]"
             << QStringList {"com.example.a", "com.example.b"};
+        QTest::newRow("prints nothing")
+            << QStringLiteral("com.example.a") << QStringLiteral("adb.silent")
+            << "Uninstalling com.example.a...\n(no output)" << QStringList {"com.example.a", "com.example.b"};
     }
 
     void uninstall()
     {
         QFETCH(QString, package);
+        QFETCH(QString, behaviour);
         QFETCH(QString, output);
         QFETCH(QStringList, packages);
 
-        m_mac->installPlatformTools();
-        m_mac->installApps({QStringLiteral("com.example.b"), QStringLiteral("com.example.a")});
+        m_sim->setInstalledApps(phone, {QStringLiteral("com.example.b"), QStringLiteral("com.example.a")});
+        if (!behaviour.isEmpty())
+            m_sim->setBehaviour(behaviour);
         ApkInstaller installer;
         QSignalSpy busy(&installer, &ApkInstaller::busyChanged);
+        QSignalSpy listed(&installer, &ApkInstaller::packagesChanged);
         installer.uninstall(package, serial);
         QVERIFY(installer.busy());
-        QTRY_COMPARE(installer.packages(), packages);
+        QTRY_COMPARE(listed.count(), 1);
+        QCOMPARE(installer.packages(), packages);
         QCOMPARE(installer.output(), output);
         QCOMPARE(busy.count(), 2);
         QVERIFY(!installer.busy());
@@ -276,18 +274,19 @@ private Q_SLOTS:
 
     void screenshot_data()
     {
-        QTest::addColumn<QByteArray>("screen"); // empty for the phone's own PNG
+        QTest::addColumn<QByteArray>("screen"); // what screencap writes instead of the phone's PNG
         QTest::addColumn<QString>("answer"); // the chosen file's name; empty for cancel
         QTest::addColumn<QString>("output");
         QTest::addColumn<bool>("asked");
 
+        const QByteArray signature("\x89PNG\r\n\x1a\n", 8);
         QTest::newRow("saved over an older file") << QByteArray() << "shot.png"
                                                   << "Saved screenshot to shot.png." << true;
         QTest::newRow("not a PNG") << QByteArray("error: no display\n") << "shot.png"
                                    << "Screenshot failed: error: no display" << false;
         QTest::newRow("too short to be a PNG")
-            << png.left(8) << "shot.png"
-            << "Screenshot failed: " + QString::fromUtf8(png.left(8)).trimmed() << false;
+            << signature << "shot.png"
+            << "Screenshot failed: " + QString::fromUtf8(signature).trimmed() << false;
         QTest::newRow("cancelled save") << QByteArray() << ""
                                         << "" << true;
         QTest::newRow("failed write") << QByteArray() << "missing/shot.png"
@@ -301,9 +300,8 @@ private Q_SLOTS:
         QFETCH(QString, output);
         QFETCH(bool, asked);
 
-        m_mac->installPlatformTools();
         if (!screen.isEmpty())
-            m_mac->setControl(QStringLiteral("screen"), screen);
+            m_sim->setBehaviour(QStringLiteral("adb.screencap.output"), screen);
         const QString target = path(QStringLiteral("shot.png"));
         writeFile(target, "an older picture");
         FixedChooser chooser(answer.isEmpty() ? std::nullopt : std::optional<QString>(path(answer)));
@@ -317,8 +315,11 @@ private Q_SLOTS:
         QCOMPARE(busy.count(), 2);
         QFile saved(target);
         QVERIFY(saved.open(QIODevice::ReadOnly));
+        QFile phoneScreen(QStringLiteral(TOLVANE_SIM_TOOLS_DIR "/screen.png"));
+        QVERIFY(phoneScreen.open(QIODevice::ReadOnly));
         QCOMPARE(saved.readAll(),
-            output.startsWith(QLatin1String("Saved")) ? png : QByteArray("an older picture"));
+            output.startsWith(QLatin1String("Saved")) ? phoneScreen.readAll()
+                                                      : QByteArray("an older picture"));
     }
 
     void saveDialog_data()
@@ -336,7 +337,6 @@ private Q_SLOTS:
         QFETCH(bool, accept);
         QFETCH(QString, output);
 
-        m_mac->installPlatformTools();
         DialogSaveLocationChooser chooser;
         QStringList proposals;
         const QString target = path(QStringLiteral("from dialog.png"));

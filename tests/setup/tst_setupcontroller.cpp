@@ -1,9 +1,9 @@
 #include "AndroidTools.h"
 #include "Host.h"
 #include "SetupController.h"
+#include "SimHost.h"
 #include "TestFiles.h"
 
-#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -16,84 +16,8 @@
 
 namespace {
 
-// A temporary Mac laid out as macOS lays it out, with sh stand-ins for Homebrew and the Android tools.
-// Its HOME is its root, where the stand-ins find their copies and the behaviours asked of them.
-class StandInMac
-{
-public:
-    explicit StandInMac(const QString &root)
-        : m_root(root)
-    {
-        Host::setCurrent(Host::underRoot(root, true));
-        qunsetenv("ANDROID_HOME");
-        qunsetenv("ANDROID_SDK_ROOT");
-        qputenv("HOME", root.toUtf8());
-        const QDir source(QStringLiteral(STAND_INS_DIR));
-        for (const QString &name : source.entryList(QDir::Files))
-            copy(source.filePath(name), standIn(name));
-        QDir().mkpath(root + QStringLiteral("/control"));
-    }
-
-    void installBrew()
-    {
-        copy(standIn(QStringLiteral("brew")), Host::current().homebrewPrefix + QStringLiteral("/bin/brew"));
-    }
-    void installLegacyBrew()
-    {
-        copy(standIn(QStringLiteral("brew")),
-            Host::current().legacyHomebrewPrefix + QStringLiteral("/bin/brew"));
-    }
-    void installJava()
-    {
-        copy(standIn(QStringLiteral("java")),
-            Host::current().homebrewPrefix + QStringLiteral("/opt/openjdk@17")
-                + Host::current().homebrewJavaHomeSuffix + QStringLiteral("/bin/java"));
-    }
-    void installCommandLineTools()
-    {
-        const QString bin = Host::current().homebrewPrefix
-            + QStringLiteral("/share/android-commandlinetools/cmdline-tools/latest/bin/");
-        copy(standIn(QStringLiteral("sdkmanager")), bin + QStringLiteral("sdkmanager"));
-        copy(standIn(QStringLiteral("avdmanager")), bin + QStringLiteral("avdmanager"));
-    }
-    void acceptLicenses()
-    {
-        writeFile(AndroidTools::licenseFile(), "24333f8a63b6825ea9c5514f83c2829b004d1fee\n");
-    }
-    void installEmulator()
-    {
-        copy(standIn(QStringLiteral("java")), AndroidTools::sdkRoot() + QStringLiteral("/emulator/emulator"));
-        copy(
-            standIn(QStringLiteral("java")), AndroidTools::sdkRoot() + QStringLiteral("/platform-tools/adb"));
-    }
-    void makeReady()
-    {
-        installBrew();
-        installJava();
-        installCommandLineTools();
-        acceptLicenses();
-        installEmulator();
-    }
-    void setBehaviour(const QString &key)
-    {
-        writeFile(m_root + QStringLiteral("/control/") + key, QByteArray());
-    }
-
-private:
-    QString standIn(const QString &name) const { return m_root + QStringLiteral("/stand-ins/") + name; }
-    static void copy(const QString &from, const QString &to)
-    {
-        QFile source(from);
-        if (!source.open(QIODevice::ReadOnly))
-            qFatal("cannot read %s", qPrintable(from));
-        writeFile(to, source.readAll(), true);
-    }
-
-    QString m_root;
-};
-
 using Action = QCoro::Task<> (SetupController::*)();
-using Preparation = std::function<void(StandInMac &)>;
+using Preparation = std::function<void(SimHost &)>;
 
 QString messageOf(const SetupController &setup)
 {
@@ -110,7 +34,7 @@ class TestSetupController : public QObject
     Q_OBJECT
 
     std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<StandInMac> m_host;
+    std::unique_ptr<SimHost> m_host;
 
     void setArm64(bool arm64)
     {
@@ -124,7 +48,8 @@ private Q_SLOTS:
     {
         m_host.reset();
         m_dir = std::make_unique<QTemporaryDir>();
-        m_host = std::make_unique<StandInMac>(m_dir->path());
+        m_host = std::make_unique<SimHost>(m_dir->path());
+        m_host->activate();
     }
 
     void cleanupTestCase() { m_host.reset(); }
@@ -160,11 +85,11 @@ private Q_SLOTS:
         QTest::addColumn<Preparation>("prepare");
         QTest::addColumn<QList<bool>>("flags"); // brew, java, cmdline, licences, emulator, platform tools
 
-        QTest::newRow("fresh Mac") << Preparation([](StandInMac &) {})
+        QTest::newRow("fresh Mac") << Preparation([](SimHost &) {})
                                    << QList<bool> {false, false, false, false, false, false};
-        QTest::newRow("Homebrew only") << Preparation([](StandInMac &host) { host.installBrew(); })
+        QTest::newRow("Homebrew only") << Preparation([](SimHost &host) { host.installBrew(); })
                                        << QList<bool> {true, false, false, false, false, false};
-        QTest::newRow("sdkmanager without avdmanager") << Preparation([](StandInMac &host) {
+        QTest::newRow("sdkmanager without avdmanager") << Preparation([](SimHost &host) {
             host.installBrew();
             host.installCommandLineTools();
             const auto avdManager = AndroidTools::avdManager();
@@ -172,9 +97,9 @@ private Q_SLOTS:
             QVERIFY(QFile::remove(*avdManager));
         }) << QList<bool> {true, false, false, false, false, false};
         QTest::newRow("empty licence file")
-            << Preparation([](StandInMac &) { writeFile(AndroidTools::licenseFile(), QByteArray()); })
+            << Preparation([](SimHost &) { writeFile(AndroidTools::licenseFile(), QByteArray()); })
             << QList<bool> {false, false, false, true, false, false};
-        QTest::newRow("ready") << Preparation([](StandInMac &host) { host.makeReady(); })
+        QTest::newRow("ready") << Preparation([](SimHost &host) { host.makeReady(); })
                                << QList<bool> {true, true, true, true, true, true};
     }
 
@@ -203,8 +128,8 @@ private Q_SLOTS:
         QTest::addColumn<Action>("action");
         QTest::addColumn<QString>("message");
 
-        const Preparation nothing = [](StandInMac &) {};
-        const Preparation brewAndTools = [](StandInMac &host) {
+        const Preparation nothing = [](SimHost &) {};
+        const Preparation brewAndTools = [](SimHost &host) {
             host.installBrew();
             host.installCommandLineTools();
         };
@@ -318,28 +243,27 @@ private Q_SLOTS:
         QTest::addColumn<Action>("action");
         QTest::addColumn<QString>("message");
 
-        QTest::newRow("Java") << Preparation([](StandInMac &host) {
+        QTest::newRow("Java") << Preparation([](SimHost &host) {
             host.installBrew();
             host.setBehaviour(QStringLiteral("brew.fail"));
         }) << Action(&SetupController::installJavaTask)
                               << QStringLiteral("Java install failed. See the log for details.");
         QTest::newRow("command line tools")
-            << Preparation([](StandInMac &host) {
+            << Preparation([](SimHost &host) {
                    host.installBrew();
                    host.setBehaviour(QStringLiteral("brew.fail"));
                })
             << Action(&SetupController::installCommandLineToolsTask)
             << QStringLiteral("Command line tools install failed. See the log for details.");
-        QTest::newRow("accepting licences")
-            << Preparation([](StandInMac &host) {
+        // sdkmanager is a Java program: without Java it fails at once.
+        QTest::newRow("accepting licences without Java")
+            << Preparation([](SimHost &host) {
                    host.installBrew();
-                   host.installJava();
                    host.installCommandLineTools();
-                   host.setBehaviour(QStringLiteral("sdkmanager.fail"));
                })
             << Action(&SetupController::acceptLicensesTask)
             << QStringLiteral("Accepting licenses failed. See the log for details.");
-        QTest::newRow("emulator") << Preparation([](StandInMac &host) {
+        QTest::newRow("emulator") << Preparation([](SimHost &host) {
             host.installBrew();
             host.installJava();
             host.installCommandLineTools();
@@ -367,12 +291,12 @@ private Q_SLOTS:
     void cancelledJob()
     {
         m_host->installBrew();
-        m_host->setBehaviour(QStringLiteral("brew.slow"));
+        m_host->setBehaviour(QStringLiteral("brew.hang"));
         SetupController setup;
         setup.refresh();
         QSignalSpy flags(&setup, &SetupController::javaReadyChanged);
         auto installing = setup.installJavaTask();
-        QTRY_COMPARE(setup.job()->lines().size(), 2);
+        QTRY_VERIFY(setup.job()->lines().last().contains(QLatin1String("/blobs/")));
         setup.job()->job()->cancel();
         QCoro::waitFor(std::move(installing));
         QCOMPARE(setup.message(), std::nullopt);
@@ -383,7 +307,7 @@ private Q_SLOTS:
 
     void legacyHomebrewRunsTheInstall()
     {
-        m_host->installLegacyBrew();
+        m_host->installBrew(true);
         SetupController setup;
         setup.refresh();
         QVERIFY(setup.brewReady());
@@ -400,18 +324,18 @@ private Q_SLOTS:
         QTest::addColumn<QString>("licenseText"); // "<none>" when absent
         QTest::addColumn<QString>("message");
 
-        const auto ready = [](StandInMac &host) {
+        const auto ready = [](SimHost &host) {
             host.installBrew();
             host.installJava();
             host.installCommandLineTools();
         };
-        QTest::newRow("only blank lines") << Preparation([=](StandInMac &host) {
+        QTest::newRow("only blank lines") << Preparation([=](SimHost &host) {
             ready(host);
-            host.setBehaviour(QStringLiteral("sdkmanager.blank"));
+            host.setBehaviour(QStringLiteral("sdkmanager.licenses.blank"));
         }) << QStringLiteral("sdkmanager printed no license text.")
                                           << QStringLiteral("<none>");
         QTest::newRow("sdkmanager cannot start")
-            << Preparation([=](StandInMac &host) {
+            << Preparation([=](SimHost &host) {
                    ready(host);
                    writeFile(*AndroidTools::sdkManager(), "#!/nonexistent/interpreter\n", true);
                })
@@ -441,17 +365,17 @@ private Q_SLOTS:
     {
         m_host->installBrew();
         m_host->installCommandLineTools();
-        m_host->setBehaviour(QStringLiteral("brew.fail"));
         SetupController setup;
-        QCoro::waitFor(setup.installJavaTask());
-        const QString failure = QStringLiteral("Java install failed. See the log for details.");
-        QCOMPARE(messageOf(setup), failure);
+        QCoro::waitFor(setup.loadLicenseTextTask());
+        const QString refusal = QStringLiteral("Install Java first.");
+        QCOMPARE(messageOf(setup), refusal);
 
+        m_host->installJava();
         auto accepting = setup.acceptLicensesTask();
         QVERIFY(setup.job()->isRunning());
-        QCOMPARE(messageOf(setup), failure);
+        QCOMPARE(messageOf(setup), refusal);
         QCoro::waitFor(std::move(accepting));
-        QCOMPARE(messageOf(setup), failure);
+        QCOMPARE(messageOf(setup), refusal);
         QVERIFY(setup.licensesAccepted());
     }
 };

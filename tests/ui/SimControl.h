@@ -32,7 +32,7 @@ public:
     Q_INVOKABLE void createPhone(const QString &name) { m_host->createPhone(name); }
     Q_INVOKABLE void setBehaviour(const QString &key, const QString &value = QStringLiteral("1"))
     {
-        m_host->setBehaviour(key, value);
+        m_host->setBehaviour(key, value.toUtf8());
     }
     Q_INVOKABLE QString root() const { return m_host->root(); }
     // Writes a file below the root and returns its path.

@@ -232,7 +232,7 @@ int main(int argc, char *argv[])
         [](SimHost &host) {
             host.makeReady();
             host.setBehaviour(QStringLiteral("avdmanager.list-avd.output"),
-                QStringLiteral("Something avdmanager never said before"));
+                QByteArrayLiteral("Something avdmanager never said before"));
         },
         [&](Shot &shot) -> QQuickWindow * {
             phonesTab(shot);
