@@ -230,6 +230,14 @@ void SimHost::clearBehaviour(const QString &key)
     QFile::remove(stateDir() + QStringLiteral("/behaviour/") + key);
 }
 
+QStringList SimHost::adbCalls() const
+{
+    QFile log(stateDir() + QStringLiteral("/adb.log"));
+    if (!log.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(log.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
 QStringList SimHost::runningEmulators() const
 {
     QStringList serials;

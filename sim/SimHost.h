@@ -50,6 +50,8 @@ public:
     void setBehaviour(const QString &key, const QByteArray &value = QByteArrayLiteral("1"));
     void clearBehaviour(const QString &key);
 
+    // The arguments of every adb call so far, one call per entry.
+    QStringList adbCalls() const;
     QStringList runningEmulators() const;
     void killEmulators() const;
 

@@ -5,6 +5,10 @@
 SIM_SCALE=0.05
 [ -f "$SIM_STATE/scale" ] && SIM_SCALE=$(cat "$SIM_STATE/scale")
 
+# Sh text a test gave this tool to run before it acts, for output no switch gives: it may print and exit,
+# or, in the emulator, redefine the hooks. Sourced with the tool's own arguments.
+SIM_SCRIPT="$SIM_STATE/behaviour/$(basename "$0").script"
+
 # sim_sleep SECONDS: sleeps for the simulated time, scaled.
 sim_sleep() {
     sleep "$(awk -v s="$1" -v k="$SIM_SCALE" 'BEGIN { printf "%.3f", s * k }')"

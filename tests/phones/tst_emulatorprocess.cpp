@@ -1,6 +1,7 @@
 #include "AndroidTools.h"
 #include "EmulatorProcess.h"
-#include "StandInTools.h"
+#include "SimHost.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QSignalSpy>
@@ -15,6 +16,9 @@ using State = EmulatorProcess::State;
 namespace {
 
 const QString phoneName = QStringLiteral("Pixel_7_API_34");
+const QString diskCheck
+    = QStringLiteral("INFO    |      Ok: Disk space requirements to run avd: `Pixel_7_API_34` are met");
+const QString bootCompleted = QStringLiteral("INFO    | boot completed");
 const QString commandLine = QStringLiteral("$ emulator -avd Pixel_7_API_34 -port 5554 -gpu auto");
 const QString terminating
     = QStringLiteral("The emulator did not exit within 10 seconds; terminating the process.");
@@ -47,24 +51,43 @@ class TestEmulatorProcess : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_root;
-    std::unique_ptr<StandInTools> m_tools;
+    // One ready machine with one phone serves every test; each test clears what the one before asked of it.
+    QTemporaryDir m_root;
+    std::unique_ptr<SimHost> m_sim;
 
     QString emulator() const { return *AndroidTools::emulatorPath(); }
 
+    // Sh text the emulator or adb runs before it acts; the emulator's may redefine its hooks.
+    void script(const QString &tool, const QByteArray &text)
+    {
+        m_sim->setBehaviour(tool + QStringLiteral(".script"), text);
+    }
+
 private Q_SLOTS:
+    void initTestCase()
+    {
+        m_sim = std::make_unique<SimHost>(m_root.path());
+        m_sim->activate();
+        m_sim->createPhone(phoneName);
+    }
+
     void init()
     {
-        m_root = std::make_unique<QTemporaryDir>();
-        m_tools = std::make_unique<StandInTools>(m_root->path());
         EmulatorProcess::setTiming(quickTiming());
+        QFile::remove(m_sim->stateDir() + QStringLiteral("/adb.log"));
     }
 
     void cleanup()
     {
         // Polls that were cancelled while asleep run out before the next test.
         QTest::qWait(250);
+        m_sim->killEmulators();
+        for (const char *key : {"emulator.script", "adb.script", "emulator.crash", "emulator.exit-early",
+                 "emulator.ignore-kill"})
+            m_sim->clearBehaviour(QLatin1String(key));
     }
+
+    void cleanupTestCase() { m_sim.reset(); }
 
     void arguments_data()
     {
@@ -116,6 +139,9 @@ private Q_SLOTS:
     void startBootAndStopWithTheRealWaits()
     {
         EmulatorProcess::setTiming({});
+        // adb sees the phone after half a second and it boots a second later: within the first two seconds.
+        m_sim->setTimeScale(0.15);
+        const auto quick = qScopeGuard([this] { m_sim->setTimeScale(0.02); });
         EmulatorProcess phone(phoneName);
         const StateLog states(phone);
         QSignalSpy changes(&phone, &EmulatorProcess::changed);
@@ -126,12 +152,12 @@ private Q_SLOTS:
         QCOMPARE(phone.serial(), QStringLiteral("emulator-5554"));
         QTRY_COMPARE_WITH_TIMEOUT(phone.state(), State::Running, 10000);
         QCOMPARE(states.names, (QStringList {"Starting", "Booting", "Running"}));
-        QVERIFY(phone.lines().contains(QStringLiteral("INFO    | Found AVD name 'Pixel_7_API_34'")));
-        QTRY_VERIFY(phone.lines().contains(QStringLiteral("INFO    | Boot completed in 600 ms")));
+        QVERIFY(phone.lines().contains(diskCheck));
+        QTRY_VERIFY(phone.lines().contains(bootCompleted));
         QCOMPARE(phone.lineModel()->count(), phone.lines().size());
         QVERIFY(changes.count() > states.names.size());
         // The first round came before adb saw the phone, the next one two seconds later saw it boot.
-        QCOMPARE(m_tools->adbCalls(),
+        QCOMPARE(m_sim->adbCalls(),
             (QStringList {"-s emulator-5554 get-state", "-s emulator-5554 get-state",
                 "-s emulator-5554 shell getprop sys.boot_completed"}));
 
@@ -140,43 +166,48 @@ private Q_SLOTS:
         QCOMPARE(states.names, (QStringList {"Starting", "Booting", "Running", "Stopping", "Stopped"}));
         QCOMPARE(phone.failure(), std::nullopt);
         QCOMPARE(phone.property("failure"), QVariant());
-        QCOMPARE(phone.lines().last(), QStringLiteral("INFO    | Saving state on exit"));
-        QCOMPARE(m_tools->adbCalls().last(), QStringLiteral("-s emulator-5554 emu kill"));
+        QVERIFY(phone.lines().last().startsWith(QLatin1String("INFO    | Saving state on exit")));
+        QCOMPARE(m_sim->adbCalls().last(), QStringLiteral("-s emulator-5554 emu kill"));
     }
 
     void unexpectedEnds_data()
     {
-        QTest::addColumn<QByteArray>("behaviour");
+        QTest::addColumn<QString>("behaviour"); // a switch, or emulator.script with the script
+        QTest::addColumn<QByteArray>("script");
         QTest::addColumn<QStringList>("states");
         QTest::addColumn<QString>("failure"); // "lines" for the status text with the last lines
 
-        QTest::newRow("crash at launch")
-            << QByteArray("at_start() { echo 'FATAL   | Unknown AVD name' >&2; exit 1; }")
-            << QStringList {"Starting", "Stopped"} << "lines";
+        const QString script = QStringLiteral("emulator.script");
+        QTest::newRow("crash at launch") << QStringLiteral("emulator.crash") << QByteArray()
+                                         << QStringList {"Starting", "Stopped"} << "lines";
         QTest::newRow("status 0 while starting")
-            << QByteArray("at_start() { exit 0; }") << QStringList {"Starting", "Stopped"}
+            << QStringLiteral("emulator.exit-early") << QByteArray() << QStringList {"Starting", "Stopped"}
             << "The emulator exited before it finished starting.";
-        QTest::newRow("status 0 while booting") << QByteArray("after_device() { sleep 0.5; exit 0; }")
-                                                << QStringList {"Starting", "Booting", "Stopped"} << "";
+        QTest::newRow("status 0 while booting")
+            << script << QByteArray("after_visible() { sleep 0.5; exit 0; }")
+            << QStringList {"Starting", "Booting", "Stopped"} << "";
         QTest::newRow("status 0 while running")
-            << QByteArray("after_boot() { sleep 0.5; exit 0; }")
+            << script << QByteArray("after_boot() { sleep 0.5; exit 0; }")
             << QStringList {"Starting", "Booting", "Running", "Stopped"} << "";
     }
 
     void unexpectedEnds()
     {
-        QFETCH(QByteArray, behaviour);
+        QFETCH(QString, behaviour);
+        QFETCH(QByteArray, script);
         QFETCH(QStringList, states);
         QFETCH(QString, failure);
 
-        m_tools->setBehaviour(QStringLiteral("emulator"), behaviour);
+        m_sim->setBehaviour(behaviour, script.isEmpty() ? QByteArrayLiteral("1") : script);
         EmulatorProcess phone(phoneName);
         const StateLog log(phone);
         phone.start(emulator(), 5554, StartOptions {});
         QTRY_COMPARE(log.names, states);
         if (failure == QLatin1String("lines")) {
             QCOMPARE(phone.lines().first(), commandLine);
-            QVERIFY(phone.lines().contains(QStringLiteral("FATAL   | Unknown AVD name")));
+            QCOMPARE(phone.lines().last(),
+                QStringLiteral("ERROR   | Emulator exited with a fatal error. Exiting."));
+            QVERIFY(phone.lines().size() <= 15);
             QCOMPARE(phone.failure(),
                 QStringLiteral("The emulator exited with status 1.\n\n")
                     + phone.lines().join(QLatin1Char('\n')));
@@ -187,7 +218,7 @@ private Q_SLOTS:
 
     void failureKeepsTheLastFifteenLines()
     {
-        m_tools->setBehaviour(QStringLiteral("emulator"),
+        script(QStringLiteral("emulator"),
             "at_start() { sleep 0.2; i=1; while [ $i -le 20 ]; do echo \"line $i\"; i=$((i+1)); done; exit "
             "3; }");
         EmulatorProcess phone(phoneName);
@@ -200,7 +231,7 @@ private Q_SLOTS:
             QStringLiteral("The emulator exited with status 3.\n\n") + last.join(QLatin1Char('\n')));
 
         // The next start clears the failure and replaces the lines.
-        m_tools->setBehaviour(QStringLiteral("emulator"), "");
+        m_sim->clearBehaviour(QStringLiteral("emulator.script"));
         phone.start(emulator(), 5554, StartOptions {});
         QCOMPARE(phone.failure(), std::nullopt);
         QCOMPARE(phone.lines(), QStringList {commandLine});
@@ -226,8 +257,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, adb);
         QFETCH(QString, killLine);
 
-        m_tools->setBehaviour(QStringLiteral("emulator"), "on_kill=ignore");
-        m_tools->setBehaviour(QStringLiteral("adb"), adb);
+        m_sim->setBehaviour(QStringLiteral("emulator.ignore-kill"));
+        script(QStringLiteral("adb"), adb);
         EmulatorProcess phone(phoneName);
         const StateLog states(phone);
         phone.start(emulator(), 5554, StartOptions {});
@@ -244,7 +275,7 @@ private Q_SLOTS:
 
     void stopAndStartWhileStoppingChangeNothing()
     {
-        m_tools->setBehaviour(QStringLiteral("adb"), "[ \"$3 $4\" = 'emu kill' ] && sleep 0.3");
+        script(QStringLiteral("adb"), "[ \"$3 $4\" = 'emu kill' ] && sleep 0.3");
         EmulatorProcess phone(phoneName);
         phone.start(emulator(), 5554, StartOptions {});
         QTRY_COMPARE(phone.state(), State::Running);
@@ -263,7 +294,7 @@ private Q_SLOTS:
 
         QCoro::waitFor(std::move(stopping));
         QCOMPARE(phone.state(), State::Stopped);
-        QCOMPARE(m_tools->adbCalls().count(QStringLiteral("-s emulator-5554 emu kill")), 1);
+        QCOMPARE(m_sim->adbCalls().count(QStringLiteral("-s emulator-5554 emu kill")), 1);
         phone.stop();
         QCOMPARE(phone.state(), State::Stopped);
     }
@@ -284,7 +315,7 @@ private Q_SLOTS:
     {
         EmulatorProcess phone(phoneName);
         QSignalSpy states(&phone, &EmulatorProcess::stateChanged);
-        phone.start(m_root->filePath(QStringLiteral("missing/emulator")), 5556, StartOptions {});
+        phone.start(m_root.filePath(QStringLiteral("missing/emulator")), 5556, StartOptions {});
         QCOMPARE(phone.state(), State::Stopped);
         QCOMPARE(phone.failure(), QStringLiteral("Could not start the emulator: No such file or directory"));
         QCOMPARE(phone.property("failure"),
@@ -293,8 +324,8 @@ private Q_SLOTS:
         QCOMPARE(phone.port(), 5556);
         QCOMPARE(states.count(), 0);
 
-        writeFile(m_root->filePath(QStringLiteral("plain")), "not a program");
-        phone.start(m_root->filePath(QStringLiteral("plain")), 5554, StartOptions {});
+        writeFile(m_root.filePath(QStringLiteral("plain")), "not a program");
+        phone.start(m_root.filePath(QStringLiteral("plain")), 5554, StartOptions {});
         QCOMPARE(phone.state(), State::Stopped);
         QCOMPARE(phone.failure(), QStringLiteral("Could not start the emulator: Permission denied"));
     }
@@ -302,34 +333,29 @@ private Q_SLOTS:
     void outputBecomesLines()
     {
         // A line in two pieces, blank lines, a line with leading white space, and an unfinished last line.
-        m_tools->setBehaviour(QStringLiteral("emulator"),
-            "at_start() { sleep 0.2; printf 'first'; sleep 0.5; printf ' half\\n\\n   \\r\\n\\tindented\\n'; "
-            "printf 'no end'; "
-            "exit 0; }");
+        script(QStringLiteral("emulator"),
+            "at_start() { printf 'first'; sleep 0.5; printf ' half\\n\\n   \\r\\n\\tindented\\n'; "
+            "printf 'no end'; exit 0; }");
         EmulatorProcess phone(phoneName);
         phone.start(emulator(), 5554, StartOptions {});
-        QTRY_VERIFY(phone.lines().contains(QStringLiteral("INFO    | Found AVD name 'Pixel_7_API_34'")));
-        QTest::qWait(400);
-        QCOMPARE(phone.lines().size(), 3);
+        QTest::qWait(250);
+        QCOMPARE(phone.lines(), QStringList {commandLine});
         QTRY_COMPARE(phone.state(), State::Stopped);
-        QCOMPARE(phone.lines().mid(phone.lines().size() - 3),
-            (QStringList {"first half", "\tindented", "no end"}));
-        QCOMPARE(phone.lines().size(), 6);
+        QCOMPARE(phone.lines(), (QStringList {commandLine, "first half", "\tindented", "no end"}));
     }
 
     void logIsTrimmed()
     {
-        // 3997 lines and the three before them make 4000, which stay; one more makes 4001, which drops 1000.
-        m_tools->setBehaviour(QStringLiteral("emulator"),
-            "at_start() { sleep 0.2; i=1; while [ $i -le 3997 ]; do echo \"line $i\"; i=$((i+1)); done; "
-            "sleep 0.5; "
-            "echo 'one more'; sleep 0.3; exit 0; }");
+        // 3999 lines after the command line make 4000, which stay; one more makes 4001, which drops 1000.
+        script(QStringLiteral("emulator"),
+            "at_start() { sleep 0.2; i=1; while [ $i -le 3999 ]; do echo \"line $i\"; i=$((i+1)); done; "
+            "sleep 0.5; echo 'one more'; sleep 0.3; exit 0; }");
         EmulatorProcess phone(phoneName);
         phone.start(emulator(), 5554, StartOptions {});
         QTRY_COMPARE(phone.lines().size(), 4000);
-        QCOMPARE(phone.lines().last(), QStringLiteral("line 3997"));
+        QCOMPARE(phone.lines().last(), QStringLiteral("line 3999"));
         QTRY_COMPARE(phone.lines().size(), 3001);
-        QCOMPARE(phone.lines().first(), QStringLiteral("line 998"));
+        QCOMPARE(phone.lines().first(), QStringLiteral("line 1000"));
         QCOMPARE(phone.lines().last(), QStringLiteral("one more"));
         QCOMPARE(phone.lineModel()->count(), 3001);
         QTRY_COMPARE(phone.state(), State::Stopped);
@@ -337,28 +363,29 @@ private Q_SLOTS:
 
     void pollRetriesUntilTheDeviceAnswers()
     {
-        m_tools->setBehaviour(QStringLiteral("adb"), "[ \"$3\" = get-state ] && { echo offline; exit 0; }");
+        script(QStringLiteral("adb"), "[ \"$3\" = get-state ] && { echo offline; exit 0; }");
         EmulatorProcess phone(phoneName);
         phone.start(emulator(), 5554, StartOptions {});
-        QTRY_VERIFY(m_tools->adbCalls().size() >= 4);
+        QTRY_VERIFY(m_sim->adbCalls().size() >= 4);
         QCOMPARE(phone.state(), State::Starting);
-        QVERIFY(m_tools->adbCalls().filter(QStringLiteral("getprop")).isEmpty());
+        QVERIFY(m_sim->adbCalls().filter(QStringLiteral("getprop")).isEmpty());
 
-        m_tools->setBehaviour(QStringLiteral("adb"), "");
+        m_sim->clearBehaviour(QStringLiteral("adb.script"));
         QTRY_COMPARE(phone.state(), State::Running);
         QCoro::waitFor(phone.stopTask());
     }
 
     void adbMissing()
     {
-        QFile::remove(AndroidTools::sdkRoot() + QStringLiteral("/platform-tools/adb"));
+        const QString adb = *AndroidTools::adbPath();
+        QVERIFY(QFile::rename(adb, adb + QStringLiteral(".away")));
+        const auto restore = qScopeGuard([&] { QFile::rename(adb + QStringLiteral(".away"), adb); });
         const QString notFound = QStringLiteral(
             "adb was not found. Install the emulator and platform tools on the Setup tab first.");
-        m_tools->setBehaviour(QStringLiteral("emulator"), "device_after=0; boot_after=0");
         EmulatorProcess phone(phoneName);
         phone.start(emulator(), 5554, StartOptions {});
         QTRY_COMPARE(phone.failure(), notFound);
-        QTRY_VERIFY(phone.lines().contains(QStringLiteral("INFO    | Boot completed in 600 ms")));
+        QTRY_VERIFY(phone.lines().contains(bootCompleted));
         QTest::qWait(300);
         QCOMPARE(phone.state(), State::Starting);
 
@@ -378,12 +405,11 @@ private Q_SLOTS:
         delete phone;
 
         QTest::qWait(200);
-        const QString pid = m_tools->control(QStringLiteral("emulator-5554.pid"));
-        QVERIFY(QFile::exists(pid));
+        QCOMPARE(m_sim->runningEmulators(), QStringList {"emulator-5554"});
         const ProcessResult killed = QCoro::waitFor(AndroidTools::runADB(
             {QStringLiteral("emu"), QStringLiteral("kill")}, QStringLiteral("emulator-5554"), 10.0));
         QVERIFY(killed.isClean());
-        QTRY_VERIFY(!QFile::exists(pid));
+        QTRY_VERIFY(m_sim->runningEmulators().isEmpty());
     }
 };
 

@@ -1,6 +1,6 @@
 #include "AndroidTools.h"
 #include "PhoneStore.h"
-#include "StandInTools.h"
+#include "SimHost.h"
 #include <csignal>
 
 #include <QFile>
@@ -49,14 +49,15 @@ class TestPhoneStore : public QObject
     Q_OBJECT
 
     std::unique_ptr<QTemporaryDir> m_root;
-    std::unique_ptr<StandInTools> m_tools;
+    std::unique_ptr<SimHost> m_sim;
 
-    // Answers `avdmanager <command>` with the given shell text instead of doing it.
+    // Answers `avdmanager <command>` or `sdkmanager <argument>` with the given shell text instead of doing
+    // it.
     void answer(const QString &tool, const QString &command, const QByteArray &script)
     {
         const QByteArray words = tool == QLatin1String("sdkmanager") ? "$2" : "$1 $2";
-        m_tools->setBehaviour(
-            tool, "if [ \"" + words + "\" = '" + command.toUtf8() + "' ]; then\n" + script + "\nfi\n");
+        m_sim->setBehaviour(tool + QStringLiteral(".script"),
+            "if [ \"" + words + "\" = '" + command.toUtf8() + "' ]; then\n" + script + "\nfi\n");
     }
 
     static void stopAll(PhoneStore &store)
@@ -76,8 +77,11 @@ private Q_SLOTS:
 
     void init()
     {
+        m_sim.reset();
         m_root = std::make_unique<QTemporaryDir>();
-        m_tools = std::make_unique<StandInTools>(m_root->path());
+        m_sim = std::make_unique<SimHost>(m_root->path());
+        m_sim->activate();
+        m_sim->makeReady();
         EmulatorProcess::Timing timing;
         timing.bootPollInterval = 100ms;
         timing.stopWaitStep = 50ms;
@@ -91,6 +95,8 @@ private Q_SLOTS:
         // Polls that were cancelled while asleep run out before the next test.
         QTest::qWait(250);
     }
+
+    void cleanupTestCase() { m_sim.reset(); }
 
     void isValidName_data()
     {
@@ -156,16 +162,18 @@ private Q_SLOTS:
 
     void createListStartStopDelete()
     {
+        m_sim->installSystemImage(playImage);
         PhoneStore store;
         QSignalSpy changes(&store, &PhoneStore::changed);
         QCoro::waitFor(store.loadDevicesTask());
         QCoro::waitFor(store.loadImagesTask());
-        QCOMPARE(store.devices().first(), pixel7Device());
-        // Sorted by variant, Google APIs before Google Play.
+        QCOMPARE(store.devices().at(3), pixel7Device());
+        // Newest first, and within a level by variant, Google APIs before Google Play.
         QCOMPARE(store.images().last().id, playImage);
+        QVERIFY(store.images().last().installed);
 
         const std::optional<QString> failure
-            = QCoro::waitFor(store.createPhoneTask(pixel7, store.devices().first(), store.images().last()));
+            = QCoro::waitFor(store.createPhoneTask(pixel7, store.devices().at(3), store.images().last()));
         QCOMPARE(failure, std::nullopt);
         // The list was refreshed before the creation reported back.
         QCOMPARE(names(store.phones()), QStringList {pixel7});
@@ -188,7 +196,7 @@ private Q_SLOTS:
         QCOMPARE(states, (QStringList {"Starting", "Booting", "Running"}));
         QVERIFY(changes.count() >= before + 3);
         QCOMPARE(store.runningRunners(), QList<EmulatorProcess *> {phone});
-        QVERIFY(phone->lines().contains(QStringLiteral("INFO    | Found AVD name 'Pixel_7_API_34'")));
+        QVERIFY(phone->lines().contains(QStringLiteral("INFO    | Booting from snapshot default")));
 
         QCoro::waitFor(phone->stopTask());
         QCOMPARE(phone->state(), State::Stopped);
@@ -205,7 +213,7 @@ private Q_SLOTS:
     void twoPhonesAtOnceAndAFreedPort()
     {
         for (const char *name : {"A", "B", "C", "D"})
-            m_tools->createPhone(QLatin1String(name));
+            m_sim->createPhone(QLatin1String(name));
         PhoneStore store;
         QCoro::waitFor(store.refreshTask());
         QCOMPARE(names(store.phones()), (QStringList {"A", "B", "C", "D"}));
@@ -216,8 +224,8 @@ private Q_SLOTS:
         QCOMPARE(store.runner(QStringLiteral("B"))->port(), 5556);
         QCOMPARE(store.runner(QStringLiteral("B"))->serial(), QStringLiteral("emulator-5556"));
         QTRY_COMPARE(store.runningRunners().size(), 2);
-        QVERIFY(m_tools->adbCalls().contains(
-            QStringLiteral("-s emulator-5556 shell getprop sys.boot_completed")));
+        QVERIFY(
+            m_sim->adbCalls().contains(QStringLiteral("-s emulator-5556 shell getprop sys.boot_completed")));
 
         store.start(QStringLiteral("C"), StartOptions {});
         QCOMPARE(store.runner(QStringLiteral("C"))->port(), 5558);
@@ -238,7 +246,7 @@ private Q_SLOTS:
         timing.bootPollInterval = 2s;
         EmulatorProcess::setTiming(timing);
         // Emulators that never boot and end only when terminated.
-        m_tools->setBehaviour(QStringLiteral("emulator"), "at_start() { exec sleep 30; }");
+        m_sim->setBehaviour(QStringLiteral("emulator.script"), "at_start() { exec sleep 30; }");
         PhoneStore store;
         QList<int> expected;
         for (int i = 0; i < 17; ++i) {
@@ -265,8 +273,8 @@ private Q_SLOTS:
 
     void startOnlyWhenStopped()
     {
-        m_tools->setBehaviour(QStringLiteral("emulator"), "device_after=0; boot_after=30");
-        m_tools->createPhone(pixel7);
+        m_sim->setBehaviour(QStringLiteral("emulator.never-boot"));
+        m_sim->createPhone(pixel7);
         PhoneStore store;
         store.start(pixel7, StartOptions {});
         EmulatorProcess *phone = store.runner(pixel7);
@@ -279,7 +287,6 @@ private Q_SLOTS:
         QCOMPARE(changes.count(), 0);
         QCOMPARE(store.errorSummary(), std::nullopt);
 
-        // The emulator sleeps through the kill while it boots, so the stop ends in termination.
         QCoro::waitFor(phone->stopTask());
         QTRY_COMPARE(phone->state(), State::Stopped);
         store.start(pixel7, StartOptions {});
@@ -295,7 +302,7 @@ private Q_SLOTS:
 
     void startOptionsReachTheEmulator()
     {
-        m_tools->createPhone(pixel7);
+        m_sim->createPhone(pixel7);
         PhoneStore store;
         StartOptions options;
         options.coldBoot = true;
@@ -345,7 +352,7 @@ private Q_SLOTS:
         QFETCH(QVariant, summary);
         QFETCH(QString, details);
 
-        m_tools->createPhone(QStringLiteral("A"));
+        m_sim->createPhone(QStringLiteral("A"));
         PhoneStore store;
         QCoro::waitFor(store.refreshTask());
         QCOMPARE(names(store.phones()), QStringList {"A"});
@@ -365,12 +372,12 @@ private Q_SLOTS:
 
     void refreshKeepsRunnersOfPhonesNoLongerListed()
     {
-        m_tools->createPhone(QStringLiteral("A"));
-        m_tools->createPhone(QStringLiteral("B"));
+        m_sim->createPhone(QStringLiteral("A"));
+        m_sim->createPhone(QStringLiteral("B"));
         PhoneStore store;
         QCoro::waitFor(store.refreshTask());
         QCOMPARE(store.allRunners().size(), 2);
-        QFile::remove(m_tools->control(QStringLiteral("avd/B.ini")));
+        QFile::remove(m_root->filePath(QStringLiteral(".android/avd/B.ini")));
         QCoro::waitFor(store.refreshTask());
         QCOMPARE(names(store.phones()), QStringList {"A"});
         QCOMPARE(store.allRunners().size(), 2);
@@ -378,13 +385,14 @@ private Q_SLOTS:
 
     void modelListing_data()
     {
-        QTest::addColumn<QByteArray>("script"); // empty for the stand-in's own listing
+        QTest::addColumn<QByteArray>("script"); // empty for the simulator's own listing
         QTest::addColumn<QStringList>("ids");
         QTest::addColumn<QVariant>("raw");
         QTest::addColumn<QVariant>("summary");
 
-        QTest::newRow("pixel models only")
-            << QByteArray() << QStringList {"pixel_7", "pixel_8"} << QVariant() << QVariant();
+        const QStringList pixels {"pixel_6", "pixel_6_pro", "pixel_6a", "pixel_7", "pixel_7_pro", "pixel_8",
+            "pixel_8_pro", "pixel_fold"};
+        QTest::newRow("pixel models only") << QByteArray() << pixels << QVariant() << QVariant();
         QTest::newRow("no pixel model keeps all") << QByteArray(
             "printf 'id: 0 or \"tv_1080p\"\\n    Name: TV\\n---------\\nid: 1 or \"Nexus 5\"\\n'; exit 0")
                                                   << QStringList {"tv_1080p", "Nexus 5"} << QVariant()
@@ -395,8 +403,7 @@ private Q_SLOTS:
         QTest::newRow("nothing readable")
             << QByteArray("printf 'Available devices definitions:\\n\\n'; exit 0") << QStringList {}
             << QVariant("Available devices definitions:") << QVariant();
-        QTest::newRow("failed run") << QByteArray("exit 2") << QStringList {"pixel_7", "pixel_8"}
-                                    << QVariant()
+        QTest::newRow("failed run") << QByteArray("exit 2") << pixels << QVariant()
                                     << QVariant(
                                            "Could not list phone models. The command exited with status 2.");
     }
@@ -429,7 +436,7 @@ private Q_SLOTS:
         QSignalSpy loading(&store, &PhoneStore::imagesLoadingChanged);
         QCoro::waitFor(store.loadImagesTask());
         QCOMPARE(loading.count(), 2);
-        QCOMPARE(store.images().size(), 2);
+        QCOMPARE(store.images().size(), 4);
         QCOMPARE(store.rawImageListing(), std::nullopt);
         QVERIFY(QFile::exists(AndroidTools::sdkRoot()));
 
@@ -488,15 +495,17 @@ private Q_SLOTS:
 
     void createTwiceFails()
     {
+        m_sim->installSystemImage(playImage);
         PhoneStore store;
         QCOMPARE(QCoro::waitFor(store.createPhoneTask(pixel7, pixel7Device(), image34())), std::nullopt);
         QCOMPARE(QCoro::waitFor(store.createPhoneTask(pixel7, pixel7Device(), image34())),
-            QStringLiteral("Error: Android Virtual Device 'Pixel_7_API_34' already exists."));
+            QStringLiteral("Error: Android Virtual Device 'Pixel_7_API_34' already exists.\n"
+                           "Use --force if you want to replace it."));
     }
 
     void deleteUnknownPhone()
     {
-        m_tools->createPhone(QStringLiteral("A"));
+        m_sim->createPhone(QStringLiteral("A"));
         PhoneStore store;
         const QPointer<EmulatorProcess> ghost = store.runner(QStringLiteral("Ghost"));
         QSignalSpy phones(&store, &PhoneStore::phonesChanged);
@@ -513,15 +522,14 @@ private Q_SLOTS:
     void deletingWhileAwaitsAreInFlight()
     {
         // A's stop waits on a slow "adb emu kill"; B's boot poll waits on a slow "get-state".
-        m_tools->createPhone(QStringLiteral("A"));
-        m_tools->createPhone(QStringLiteral("B"));
+        m_sim->createPhone(QStringLiteral("A"));
+        m_sim->createPhone(QStringLiteral("B"));
         PhoneStore store;
         QCoro::waitFor(store.refreshTask());
         store.start(QStringLiteral("A"), StartOptions {});
         QTRY_COMPARE(store.runner(QStringLiteral("A"))->state(), State::Running);
-        m_tools->setBehaviour(
-            QStringLiteral("adb"), "case \"$*\" in *'emu kill'|*5556\\ get-state) sleep 0.6 ;; esac");
-        m_tools->setBehaviour(QStringLiteral("emulator"), "device_after=0");
+        m_sim->setBehaviour(
+            QStringLiteral("adb.script"), "case \"$*\" in *'emu kill'|*5556\\ get-state) sleep 0.6 ;; esac");
         store.start(QStringLiteral("B"), StartOptions {});
         const QPointer<EmulatorProcess> a = store.runner(QStringLiteral("A"));
         const QPointer<EmulatorProcess> b = store.runner(QStringLiteral("B"));
@@ -538,15 +546,12 @@ private Q_SLOTS:
         QVERIFY(store.phones().isEmpty());
 
         // Both emulators outlive their objects: A ends through the kill its stop asked for, B is asked now.
-        const QString pidA = m_tools->control(QStringLiteral("emulator-5554.pid"));
-        const QString pidB = m_tools->control(QStringLiteral("emulator-5556.pid"));
-        QTRY_VERIFY(!QFile::exists(pidA));
-        QVERIFY(QFile::exists(pidB));
-        m_tools->setBehaviour(QStringLiteral("adb"), "");
+        QTRY_COMPARE(m_sim->runningEmulators(), QStringList {"emulator-5556"});
+        m_sim->clearBehaviour(QStringLiteral("adb.script"));
         const ProcessResult killed = QCoro::waitFor(AndroidTools::runADB(
             {QStringLiteral("emu"), QStringLiteral("kill")}, QStringLiteral("emulator-5556"), 10.0));
         QVERIFY(killed.isClean());
-        QTRY_VERIFY(!QFile::exists(pidB));
+        QTRY_VERIFY(m_sim->runningEmulators().isEmpty());
     }
 
     void installImage()
@@ -607,7 +612,7 @@ private Q_SLOTS:
         QCOMPARE(store.errorSummary(), summary);
         QCOMPARE(store.errorDetails(), details);
         QCOMPARE(images.count(), 1);
-        QCOMPARE(store.images().size(), 2);
+        QCOMPARE(store.images().size(), 4);
     }
 
     void toolsMissing()
@@ -632,6 +637,7 @@ private Q_SLOTS:
 
     void qmlDrivesTheStore()
     {
+        m_sim->installSystemImage(playImage);
         PhoneStore store;
         QCoro::waitFor(store.loadDevicesTask());
         QCoro::waitFor(store.loadImagesTask());
@@ -653,7 +659,8 @@ private Q_SLOTS:
                 }
                 function create(name) {
                     result = "waiting"
-                    store.createPhone(name, store.devices[0], store.images[1]).then(error => result = error)
+                    store.createPhone(name, store.devices[0], store.images.find(image => image.installed))
+                        .then(error => result = error)
                 }
             }
         )",
@@ -681,7 +688,8 @@ private Q_SLOTS:
         QMetaObject::invokeMethod(view.get(), "create", Q_ARG(QVariant, pixel7));
         QTRY_VERIFY(view->property("result") != QVariant(QStringLiteral("waiting")));
         QCOMPARE(view->property("result"),
-            QVariant(QStringLiteral("Error: Android Virtual Device 'Pixel_7_API_34' already exists.")));
+            QVariant(QStringLiteral("Error: Android Virtual Device 'Pixel_7_API_34' already exists.\n"
+                                    "Use --force if you want to replace it.")));
     }
 };
 
