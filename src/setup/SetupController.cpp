@@ -99,16 +99,22 @@ QCoro::Task<> SetupController::brewInstallTask(QString title, QStringList argume
         co_return;
     }
     setMessage(std::nullopt);
+    auto step = jobStepTask(title, *brew, arguments, std::nullopt, failureText);
+    co_await std::move(step);
+}
 
+QCoro::Task<bool> SetupController::jobStepTask(QString title, QString executable, QStringList arguments,
+    std::optional<QString> input, QString failureText)
+{
     QPointer<SetupController> self(this);
-    const QString executable = *brew;
-    auto running = m_job->run(title, executable, arguments, std::nullopt);
+    auto running = m_job->run(title, executable, arguments, input);
     const ProcessResult result = co_await std::move(running);
     if (!self)
-        co_return;
+        co_return false;
     if (!result.isClean() && !result.cancelled)
         setMessage(failureText);
     refresh();
+    co_return result.isClean();
 }
 
 QCoro::Task<> SetupController::loadLicenseTextTask()
@@ -157,20 +163,11 @@ QCoro::Task<> SetupController::acceptLicensesTask()
     AndroidTools::ensureSDKFolder();
 
     // The earlier message stays visible while the licences are accepted.
-    const QString title = QStringLiteral("Accepting SDK licenses");
-    const QString executable = *sdkManager;
-    const QStringList arguments = licenseArguments();
-    const std::optional<QString> input = QStringLiteral("y\n").repeated(licenseAnswers);
-    QPointer<SetupController> self(this);
-    auto running = m_job->run(title, executable, arguments, input);
-    const ProcessResult result = co_await std::move(running);
-    if (!self)
-        co_return;
-    if (result.isClean())
+    auto step = jobStepTask(QStringLiteral("Accepting SDK licenses"), *sdkManager, licenseArguments(),
+        QStringLiteral("y\n").repeated(licenseAnswers),
+        QStringLiteral("Accepting licenses failed. See the log for details."));
+    if (co_await std::move(step))
         setLicenseText(std::nullopt);
-    else if (!result.cancelled)
-        setMessage(QStringLiteral("Accepting licenses failed. See the log for details."));
-    refresh();
 }
 
 QCoro::Task<> SetupController::installEmulatorTask()
@@ -183,18 +180,11 @@ QCoro::Task<> SetupController::installEmulatorTask()
     AndroidTools::ensureSDKFolder();
     setMessage(std::nullopt);
 
-    const QString title = QStringLiteral("Installing emulator and platform tools");
-    const QString executable = *sdkManager;
     const QStringList arguments = {QStringLiteral("--sdk_root=") + AndroidTools::sdkRoot(),
         QStringLiteral("emulator"), QStringLiteral("platform-tools")};
-    QPointer<SetupController> self(this);
-    auto running = m_job->run(title, executable, arguments, std::nullopt);
-    const ProcessResult result = co_await std::move(running);
-    if (!self)
-        co_return;
-    if (!result.isClean() && !result.cancelled)
-        setMessage(QStringLiteral("Install failed. See the log for details."));
-    refresh();
+    auto step = jobStepTask(QStringLiteral("Installing emulator and platform tools"), *sdkManager, arguments,
+        std::nullopt, QStringLiteral("Install failed. See the log for details."));
+    co_await std::move(step);
 }
 
 QStringList SetupController::licenseArguments()

@@ -85,6 +85,10 @@ Q_SIGNALS:
 
 private:
     QCoro::Task<> brewInstallTask(QString title, QStringList arguments, QString failureText);
+    // Runs one step in the job, reports a failure that was not a cancel, and checks the Mac again.
+    // True when the step succeeded and the controller is still there.
+    QCoro::Task<bool> jobStepTask(QString title, QString executable, QStringList arguments,
+        std::optional<QString> input, QString failureText);
     static QStringList licenseArguments();
 
     QVariant licenseTextVariant() const { return m_licenseText ? QVariant(*m_licenseText) : QVariant(); }
