@@ -16,7 +16,7 @@
 #include <QTimer>
 #include <QtQml/qqmlextensionplugin.h>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <cstdio>
 

@@ -5,7 +5,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <cstdio>
 #include <fcntl.h>

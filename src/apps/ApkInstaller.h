@@ -11,7 +11,7 @@
 #include <QVariant>
 #include <QtQml/qqmlregistration.h>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <optional>
 

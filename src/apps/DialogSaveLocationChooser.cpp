@@ -2,7 +2,7 @@
 
 #include <QPointer>
 
-#include <QCoroSignal>
+#include <QCoro/QCoroSignal>
 
 DialogSaveLocationChooser::DialogSaveLocationChooser(QObject *parent)
     : SaveLocationChooser(parent)

@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QString>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <optional>
 

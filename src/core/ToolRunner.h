@@ -8,7 +8,7 @@
 #include <QProcessEnvironment>
 #include <QStringList>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <functional>
 #include <optional>

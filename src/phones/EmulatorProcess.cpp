@@ -6,7 +6,7 @@
 
 #include <QTimer>
 
-#include <QCoroTimer>
+#include <QCoro/QCoroTimer>
 
 namespace {
 

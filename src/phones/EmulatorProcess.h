@@ -10,7 +10,7 @@
 #include <QVariant>
 #include <QtQml/qqmlregistration.h>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <chrono>
 #include <memory>

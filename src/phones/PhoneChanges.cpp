@@ -17,11 +17,18 @@ bool PhoneStore::isValidName(const QString &name)
         && std::all_of(name.begin(), name.end(), [](QChar c) { return allowed.contains(c); });
 }
 
-QCoro::QmlTask PhoneStore::createPhone(QString name, DeviceDef device, SystemImage image)
+void PhoneStore::createPhone(const QString &name, const DeviceDef &device, const SystemImage &image)
 {
-    return createPhoneTask(name, device, image).then([](std::optional<QString> failure) {
-        return failure ? QVariant(*failure) : QVariant();
-    });
+    createAndAnnounceTask(name, device, image);
+}
+
+QCoro::Task<> PhoneStore::createAndAnnounceTask(QString name, DeviceDef device, SystemImage image)
+{
+    QPointer<PhoneStore> self(this);
+    auto creating = createPhoneTask(name, device, image);
+    const std::optional<QString> failure = co_await std::move(creating);
+    if (self)
+        Q_EMIT createFinished(name, failure ? QVariant(*failure) : QVariant());
 }
 
 void PhoneStore::deletePhone(const QString &name)

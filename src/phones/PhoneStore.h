@@ -14,8 +14,7 @@
 #include <QVariant>
 #include <QtQml/qqmlregistration.h>
 
-#include <QCoroQmlTask>
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <optional>
 
@@ -92,8 +91,8 @@ public:
 
     // Not empty, and only ASCII letters, digits, full stop, underscore and hyphen.
     Q_INVOKABLE static bool isValidName(const QString &name);
-    // Resolves to the text that explains the failure, or to undefined once the phone exists and is listed.
-    Q_INVOKABLE QCoro::QmlTask createPhone(QString name, DeviceDef device, SystemImage image);
+    // Ends with createFinished: the failure is undefined once the phone exists and is listed.
+    Q_INVOKABLE void createPhone(const QString &name, const DeviceDef &device, const SystemImage &image);
     Q_INVOKABLE void deletePhone(const QString &name);
     Q_INVOKABLE void installImage(const SystemImage &image);
     // None when the phone was created and the list refreshed, otherwise the text that explains the failure.
@@ -114,6 +113,8 @@ Q_SIGNALS:
     void rawImageListingChanged();
     void errorSummaryChanged();
     void errorDetailsChanged();
+    // A creation started by createPhone() ended; `failure` is the text that explains it, or undefined.
+    void createFinished(const QString &name, const QVariant &failure);
     // A runner was made or removed, or one changed state.
     void runnersChanged();
     // Any of the above, and every change of the image job or of a runner.
@@ -141,6 +142,7 @@ private:
     // What goes with the summary of a failed run: the launch error, else everything the tool printed.
     static QString failureDetails(const ProcessResult &result);
     void removeRunner(const QString &name);
+    QCoro::Task<> createAndAnnounceTask(QString name, DeviceDef device, SystemImage image);
 
     QList<AVDInfo> m_phones;
     QList<DeviceDef> m_devices;

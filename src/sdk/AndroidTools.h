@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <optional>
 

@@ -7,7 +7,7 @@
 #include <QVariant>
 #include <QtQml/qqmlregistration.h>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <optional>
 

@@ -82,16 +82,7 @@ Dialog {
         creating = true
         errorText = undefined
         // The creation belongs to the store: closing the sheet does not stop it.
-        const self = sheet
-        store.createPhone(name, device, image).then(result => {
-            if (!self)
-                return
-            self.creating = false
-            if (result === undefined || result === null)
-                self.close()
-            else
-                self.errorText = result
-        })
+        store.createPhone(name, device, image)
     }
 
     onPlayStoreChanged: fixAPI()
@@ -99,6 +90,15 @@ Dialog {
         target: sheet.store
         function onDevicesChanged() { sheet.pickFirstDevice() }
         function onImagesChanged() { sheet.fixAPI() }
+        function onCreateFinished(createdName, failure) {
+            if (!sheet.creating)
+                return
+            sheet.creating = false
+            if (failure === undefined || failure === null)
+                sheet.close()
+            else
+                sheet.errorText = failure
+        }
     }
 
     parent: Overlay.overlay

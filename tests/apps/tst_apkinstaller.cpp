@@ -9,7 +9,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <memory>
 

@@ -9,7 +9,7 @@
 #include <QTest>
 #include <QTimer>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 namespace {
 

@@ -7,9 +7,12 @@
 #include <QTest>
 #include <QTimer>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <csignal>
+
+// Declared before the first data table that uses it.
+Q_DECLARE_METATYPE(std::optional<QString>)
 
 namespace {
 
@@ -220,8 +223,6 @@ private Q_SLOTS:
         QCOMPARE(result.text, QStringLiteral("two words|$HOME|; rm -rf /||"));
     }
 };
-
-Q_DECLARE_METATYPE(std::optional<QString>)
 
 QTEST_GUILESS_MAIN(TestToolRunner)
 #include "tst_toolrunner.moc"

@@ -8,7 +8,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 using namespace std::chrono_literals;
 using State = EmulatorProcess::State;

@@ -12,7 +12,7 @@
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 using namespace std::chrono_literals;
 using State = EmulatorProcess::State;
@@ -660,7 +660,10 @@ private Q_SLOTS:
                 function create(name) {
                     result = "waiting"
                     store.createPhone(name, store.devices[0], store.images.find(image => image.installed))
-                        .then(error => result = error)
+                }
+                property Connections finished: Connections {
+                    target: store
+                    function onCreateFinished(name, failure) { result = failure }
                 }
             }
         )",

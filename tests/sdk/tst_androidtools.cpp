@@ -6,7 +6,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 class TestAndroidTools : public QObject
 {

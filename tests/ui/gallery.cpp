@@ -13,7 +13,7 @@
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
-#include <QCoroTask>
+#include <QCoro/QCoroTask>
 
 #include <cstdio>
 #include <functional>
