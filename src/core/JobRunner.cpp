@@ -3,9 +3,12 @@
 #include "AndroidTools.h"
 #include "ToolRunner.h"
 
+#include <QCoro/QCoroTimer>
+
 JobRunner::JobRunner(QObject *parent)
     : QObject(parent)
     , m_lines(new LogLines(this))
+    , m_queue(new ChunkQueue([this](const QStringList &lines) { addLines(lines); }, this))
 {
     for (auto signal : {&JobRunner::titleChanged, &JobRunner::linesChanged, &JobRunner::progressChanged,
              &JobRunner::isRunningChanged, &JobRunner::jobChanged})
@@ -21,7 +24,7 @@ QCoro::Task<ProcessResult> JobRunner::run(
     setRunning(true);
     setTitle(title);
     setProgress(std::nullopt);
-    m_splitter = {};
+    m_queue->clear();
     m_lastWasProgress = false;
     m_lines->reset({QStringLiteral("$ ") + (QStringList {executable} + arguments).join(QLatin1Char(' '))});
     Q_EMIT linesChanged();
@@ -31,7 +34,7 @@ QCoro::Task<ProcessResult> JobRunner::run(
     QPointer<JobRunner> self(this);
     ToolRunner::OutputSink sink = [self](const QString &chunk) {
         if (self)
-            self->appendLines(self->m_splitter.feed(chunk));
+            self->m_queue->push(chunk);
     };
     // Arguments are built before the await: GCC 12 destroys temporaries of an awaited call twice.
     auto running = ToolRunner::run(
@@ -39,9 +42,16 @@ QCoro::Task<ProcessResult> JobRunner::run(
     const ProcessResult result = co_await std::move(running);
     if (!self)
         co_return result;
+    // What is still queued reaches the log, a turn at a time, before the closing line.
+    while (!m_queue->isEmpty()) {
+        auto pause = QCoro::sleepFor(std::chrono::milliseconds(1));
+        co_await std::move(pause);
+        if (!self)
+            co_return result;
+    }
 
-    if (const auto rest = m_splitter.flush())
-        addLine(*rest);
+    if (const auto rest = m_queue->flush())
+        addLines({*rest});
 
     // The closing line is written as it is: it never merges with a progress line and never trims.
     if (result.launchError) {
@@ -63,30 +73,40 @@ QCoro::Task<ProcessResult> JobRunner::run(
     co_return result;
 }
 
-void JobRunner::appendLines(const QStringList &lines)
+void JobRunner::addLines(const QStringList &lines)
 {
-    for (const QString &line : lines)
-        addLine(line);
-}
-
-void JobRunner::addLine(const QString &line)
-{
-    if (const auto percent = percentValue(line)) {
-        setProgress(*percent / 100.0);
-        const bool progressLine = (line.contains(QLatin1Char('[')) && line.contains(QLatin1Char(']')))
-            || line.contains(QLatin1String("Downloading"));
-        if (progressLine && m_lastWasProgress && m_lines->count() > 0) {
-            m_lines->replaceLast(line);
+    const qsizetype existing = m_lines->count();
+    QStringList added;
+    std::optional<QString> newLast; // replaces the last line the log already holds
+    qsizetype dropped = 0; // from the front of the existing lines, then of the added ones
+    std::optional<int> lastPercent;
+    for (const QString &line : lines) {
+        const auto percent = percentValue(line);
+        const bool progressLine = percent
+            && ((line.contains(QLatin1Char('[')) && line.contains(QLatin1Char(']')))
+                || line.contains(QLatin1String("Downloading")));
+        if (percent)
+            lastPercent = percent;
+        if (progressLine && m_lastWasProgress && existing + added.size() - dropped > 0) {
+            if (added.isEmpty())
+                newLast = line;
+            else
+                added.last() = line;
         } else {
-            m_lines->append({line});
+            added.append(line);
             m_lastWasProgress = progressLine;
         }
-    } else {
-        m_lines->append({line});
-        m_lastWasProgress = false;
+        if (existing + added.size() - dropped > maxLines)
+            dropped += trimmedLines;
     }
-    if (m_lines->count() > maxLines)
-        m_lines->dropFirst(trimmedLines);
+
+    if (lastPercent)
+        setProgress(*lastPercent / 100.0);
+    if (newLast)
+        m_lines->replaceLast(*newLast);
+    const qsizetype fromExisting = std::min(dropped, existing);
+    m_lines->dropFirst(fromExisting);
+    m_lines->append(added.mid(dropped - fromExisting));
     Q_EMIT linesChanged();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LineSplitter.h"
+#include "ChunkQueue.h"
 #include "LogLines.h"
 #include "ProcessResult.h"
 #include "RunningJob.h"
@@ -59,14 +59,15 @@ private:
     void setProgress(std::optional<double> progress);
     void setRunning(bool running);
     void setJob(RunningJob *job);
-    void appendLines(const QStringList &lines);
-    void addLine(const QString &line);
+    // One batch of lines, as if added one by one: progress redraws merge, and the log is trimmed
+    // whenever it passes its bound.
+    void addLines(const QStringList &lines);
 
     QString m_title;
     LogLines *m_lines;
     std::optional<double> m_progress;
     bool m_isRunning = false;
     QPointer<RunningJob> m_job;
-    LineSplitter m_splitter;
+    ChunkQueue *m_queue;
     bool m_lastWasProgress = false;
 };

@@ -4,33 +4,44 @@
 
 bool isBlank(QStringView text)
 {
-    for (const char32_t c : text.toUcs4()) {
-        if (c != U'\t' && QChar::category(c) != QChar::Separator_Space)
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c == QLatin1Char(' ') || c == QLatin1Char('\t'))
+            continue;
+        char32_t code = c.unicode();
+        if (c.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate())
+            code = QChar::surrogateToUcs4(c, text.at(++i));
+        if (QChar::category(code) != QChar::Separator_Space)
             return false;
     }
     return true;
 }
 
-QStringList LineSplitter::feed(const QString &chunk)
+QStringList LineSplitter::feed(QStringView chunk)
 {
     QStringList lines;
-    const QString s = m_carry + chunk;
     qsizetype start = 0;
-    qsizetype i = 0;
-    while (i < s.size()) {
-        const QChar c = s.at(i);
-        if (c != QLatin1Char('\n') && c != QLatin1Char('\r')) {
-            ++i;
+    for (qsizetype i = 0; i < chunk.size(); ++i) {
+        const QChar c = chunk.at(i);
+        if (c != QLatin1Char('\n') && c != QLatin1Char('\r'))
             continue;
-        }
-        const QStringView piece = QStringView(s).mid(start, i - start);
-        if (!isBlank(piece))
+        const QStringView piece = chunk.mid(start, i - start);
+        if (start == 0 && !m_carry.isEmpty()) {
+            // The first piece finishes the carried line.
+            if (!m_carryBlank || !isBlank(piece))
+                lines.append(m_carry.append(piece));
+            m_carry.clear();
+            m_carryBlank = true;
+        } else if (!isBlank(piece)) {
             lines.append(piece.toString());
-        if (c == QLatin1Char('\r') && i + 1 < s.size() && s.at(i + 1) == QLatin1Char('\n'))
+        }
+        if (c == QLatin1Char('\r') && i + 1 < chunk.size() && chunk.at(i + 1) == QLatin1Char('\n'))
             ++i;
-        start = ++i;
+        start = i + 1;
     }
-    m_carry = s.mid(start);
+    const QStringView rest = chunk.mid(start);
+    m_carry.append(rest);
+    m_carryBlank = m_carryBlank && isBlank(rest);
     return lines;
 }
 
@@ -38,7 +49,9 @@ std::optional<QString> LineSplitter::flush()
 {
     QString rest;
     rest.swap(m_carry);
-    if (isBlank(rest))
+    const bool blank = m_carryBlank;
+    m_carryBlank = true;
+    if (blank)
         return std::nullopt;
     return rest;
 }

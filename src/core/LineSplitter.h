@@ -8,10 +8,12 @@
 // Turns streamed chunks into complete, non-blank lines. Line feed, carriage return and the pair
 // CR LF end a line; nothing else does, so progress bars that redraw with CR become separate lines.
 // A CR LF split across two chunks leaves an empty piece, which is blank and so dropped.
+// Only the new chunk is ever scanned, so a long run without a line break costs time in its length,
+// not in its square.
 class LineSplitter
 {
 public:
-    QStringList feed(const QString &chunk);
+    QStringList feed(QStringView chunk);
     // The unfinished rest at the end of a stream, unless it is blank.
     std::optional<QString> flush();
 
@@ -19,6 +21,8 @@ public:
 
 private:
     QString m_carry;
+    // The carry holds nothing but blanks so far.
+    bool m_carryBlank = true;
 };
 
 // Blank: empty, or only tabs and space separators.

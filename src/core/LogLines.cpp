@@ -1,15 +1,13 @@
 #include "LogLines.h"
 
 LogLines::LogLines(QObject *parent)
-    : QAbstractListModel(parent)
+    : QObject(parent)
 { }
 
 void LogLines::reset(const QStringList &lines)
 {
-    beginResetModel();
     m_lines = lines;
-    m_dropped = 0;
-    endResetModel();
+    Q_EMIT wasReset();
     Q_EMIT countChanged();
 }
 
@@ -17,9 +15,11 @@ void LogLines::append(const QStringList &lines)
 {
     if (lines.isEmpty())
         return;
-    beginInsertRows({}, count(), count() + int(lines.size()) - 1);
+    QString text = lines.join(QLatin1Char('\n'));
+    if (!m_lines.isEmpty())
+        text.prepend(QLatin1Char('\n'));
     m_lines.append(lines);
-    endInsertRows();
+    Q_EMIT appended(text);
     Q_EMIT countChanged();
 }
 
@@ -27,36 +27,21 @@ void LogLines::replaceLast(const QString &line)
 {
     if (m_lines.isEmpty())
         return;
+    const qsizetype oldLength = m_lines.last().size();
     m_lines.last() = line;
-    const QModelIndex last = index(count() - 1);
-    Q_EMIT dataChanged(last, last);
+    Q_EMIT lastReplaced(line, oldLength);
 }
 
-void LogLines::dropFirst(int n)
+void LogLines::dropFirst(qsizetype n)
 {
-    n = std::min(n, count());
+    n = std::min(n, m_lines.size());
     if (n <= 0)
         return;
-    beginRemoveRows({}, 0, n - 1);
+    // Each dropped line takes its line break along, except a last line that has none.
+    qsizetype characters = n < m_lines.size() ? n : n - 1;
+    for (qsizetype i = 0; i < n; ++i)
+        characters += m_lines.at(i).size();
     m_lines.remove(0, n);
-    m_dropped += n;
-    endRemoveRows();
+    Q_EMIT droppedFront(characters);
     Q_EMIT countChanged();
-}
-
-int LogLines::rowCount(const QModelIndex &parent) const
-{
-    return parent.isValid() ? 0 : count();
-}
-
-QVariant LogLines::data(const QModelIndex &index, int role) const
-{
-    if (!index.isValid() || index.row() >= count() || role != Qt::DisplayRole)
-        return {};
-    return m_lines.at(index.row());
-}
-
-QHash<int, QByteArray> LogLines::roleNames() const
-{
-    return {{Qt::DisplayRole, "line"}};
 }

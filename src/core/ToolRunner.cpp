@@ -2,10 +2,16 @@
 
 #include "RunningJob.h"
 
+#include <QDir>
 #include <QProcess>
 #include <QTimer>
 
+#include <cerrno>
 #include <coroutine>
+#include <cstring>
+#include <fcntl.h>
+#include <limits>
+#include <unistd.h>
 
 namespace {
 
@@ -31,12 +37,36 @@ struct ProcessEnd
     void await_resume() const { }
 };
 
+// The error of opening as many descriptors as a run needs for its pipes, or 0 when that works.
+int descriptorShortage()
+{
+    constexpr int needed = 8;
+    int opened[needed];
+    int count = 0;
+    int error = 0;
+    for (; count < needed; ++count) {
+        opened[count] = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+        if (opened[count] < 0) {
+            error = errno;
+            break;
+        }
+    }
+    for (int i = 0; i < count; ++i)
+        ::close(opened[i]);
+    return error == EMFILE || error == ENFILE ? error : 0;
+}
+
 } // namespace
 
 namespace ToolRunner {
 
 QString launchFailureReason(const QProcess &process)
 {
+    // QProcess names the system's reason only when the program itself could not be run; when the run
+    // could not even be set up (no descriptors left for its pipes) it says nothing useful, so the
+    // system is asked directly.
+    if (const int error = descriptorShortage())
+        return QString::fromLocal8Bit(std::strerror(error));
     QString reason = process.errorString();
     const qsizetype colon = reason.lastIndexOf(QStringLiteral(": "));
     if (colon >= 0)
@@ -48,6 +78,11 @@ QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironme
     std::optional<double> timeout, std::optional<QString> input, QPointer<RunningJob> job,
     OutputSink onOutput)
 {
+    if (!QDir::isAbsolutePath(tool)) {
+        // Never looked up in a search path: a relative name could run anything.
+        co_return ProcessResult::refused(
+            QStringLiteral("Could not start %1: not an absolute path").arg(tool));
+    }
     ProcessResult result;
     QProcess process;
     process.setProgram(tool);
@@ -77,6 +112,9 @@ QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironme
     });
 
     process.start();
+    // A run that could not be set up ends before it began, without a word from QProcess.
+    if (process.state() == QProcess::NotRunning)
+        failedToStart = true;
 
     QTimer deadline;
     if (!failedToStart) {
@@ -86,7 +124,9 @@ QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironme
             process.write(input->toUtf8());
             process.closeWriteChannel();
         }
-        if (timeout) {
+        // A time-out the timer cannot hold (or NaN) is no practical limit.
+        const double milliseconds = timeout.value_or(std::numeric_limits<double>::quiet_NaN()) * 1000;
+        if (milliseconds < double(std::numeric_limits<int>::max())) {
             deadline.setSingleShot(true);
             QObject::connect(&deadline, &QTimer::timeout, &process, [&] {
                 if (process.state() == QProcess::NotRunning)
@@ -94,7 +134,7 @@ QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironme
                 result.timedOut = true;
                 process.terminate();
             });
-            deadline.start(std::max(0, int(*timeout * 1000)));
+            deadline.start(milliseconds > 0 ? int(milliseconds) : 0);
         }
         co_await ProcessEnd {&process};
     }

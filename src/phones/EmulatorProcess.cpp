@@ -37,6 +37,7 @@ EmulatorProcess::EmulatorProcess(const QString &name, QObject *parent)
     : QObject(parent)
     , m_name(name)
     , m_lines(new LogLines(this))
+    , m_queue(new ChunkQueue([this](const QStringList &lines) { appendLines(lines); }, this))
 {
     for (auto signal : {&EmulatorProcess::stateChanged, &EmulatorProcess::linesChanged,
              &EmulatorProcess::failureChanged, &EmulatorProcess::portChanged})
@@ -49,9 +50,19 @@ EmulatorProcess::~EmulatorProcess()
         return;
     // Deleting the handle would kill the emulator. It is let go instead and deletes itself once the
     // emulator ends.
-    m_process->disconnect(this);
-    m_process->setParent(nullptr);
-    connect(m_process, &QProcess::finished, m_process, &QObject::deleteLater);
+    QProcess *process = m_process;
+    process->disconnect(this);
+    process->setParent(nullptr);
+    connect(process, &QProcess::finished, process, &QObject::deleteLater);
+    // Nobody shows its output any more; reading it keeps the emulator from blocking on a full pipe
+    // without keeping what it says.
+    const auto discard = [process] {
+        process->readAllStandardOutput();
+        process->readAllStandardError();
+    };
+    connect(process, &QProcess::readyReadStandardOutput, process, discard);
+    connect(process, &QProcess::readyReadStandardError, process, discard);
+    discard();
 }
 
 QString EmulatorProcess::stateName() const
@@ -77,7 +88,7 @@ void EmulatorProcess::start(QString emulator, int port, StartOptions options)
         return;
     setPort(port);
     setFailure(std::nullopt);
-    m_splitter = {};
+    m_queue->clear();
 
     const QStringList arguments
         = QStringList {QStringLiteral("-avd"), m_name, QStringLiteral("-port"), QString::number(port)}
@@ -96,7 +107,13 @@ void EmulatorProcess::start(QString emulator, int port, StartOptions options)
     connect(process, &QProcess::readyReadStandardError, this,
         [this, process] { read(process->readAllStandardError()); });
     connect(process, &QProcess::finished, this, [this](int status) {
-        QTimer::singleShot(currentTiming().endDelay, this, [this, status] { processEnded(status); });
+        QTimer::singleShot(currentTiming().endDelay, this, [this, status] {
+            // Output that comes later, from a grandchild holding the pipes, is not this run's.
+            m_process->disconnect(this);
+            read(m_process->readAllStandardOutput());
+            read(m_process->readAllStandardError());
+            finishWhenDrained(status);
+        });
     });
     process->start();
     // Blocks only as long as the exec takes: a launch failure must leave the phone stopped, never starting.
@@ -172,21 +189,29 @@ void EmulatorProcess::setPort(int port)
     Q_EMIT portChanged();
 }
 
+qsizetype EmulatorProcess::linesToDrop(qsizetype count)
+{
+    // A large block at a time keeps trimming rare.
+    return count > maxLines ? std::max<qsizetype>(trimmedLines, count - linesAfterDrain) : 0;
+}
+
 void EmulatorProcess::appendLines(const QStringList &lines)
 {
     if (lines.isEmpty())
         return;
-    m_lines->append(lines);
-    // Trimming a large block at a time keeps it rare.
-    if (m_lines->count() > maxLines)
-        m_lines->dropFirst(trimmedLines);
+    const qsizetype existing = m_lines->count();
+    const qsizetype dropped = linesToDrop(existing + lines.size());
+    const qsizetype fromExisting = std::min(dropped, existing);
+    m_lines->dropFirst(fromExisting);
+    // Lines that would go at once are never added.
+    m_lines->append(dropped > fromExisting ? lines.mid(dropped - fromExisting) : lines);
     Q_EMIT linesChanged();
 }
 
 void EmulatorProcess::read(const QByteArray &bytes)
 {
     if (!bytes.isEmpty())
-        appendLines(m_splitter.feed(QString::fromUtf8(bytes)));
+        m_queue->push(QString::fromUtf8(bytes));
 }
 
 void EmulatorProcess::startPolling()
@@ -240,12 +265,18 @@ QCoro::Task<> EmulatorProcess::poll(std::shared_ptr<bool> cancelled, QString ser
     }
 }
 
+void EmulatorProcess::finishWhenDrained(int status)
+{
+    if (!m_queue->isEmpty()) {
+        QTimer::singleShot(1, this, [this, status] { finishWhenDrained(status); });
+        return;
+    }
+    processEnded(status);
+}
+
 void EmulatorProcess::processEnded(int status)
 {
-    m_process->disconnect(this);
-    read(m_process->readAllStandardOutput());
-    read(m_process->readAllStandardError());
-    if (const auto rest = m_splitter.flush())
+    if (const auto rest = m_queue->flush())
         appendLines({*rest});
     cancelPolling();
 

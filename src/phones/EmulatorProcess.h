@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LineSplitter.h"
+#include "ChunkQueue.h"
 #include "LogLines.h"
 #include "StartOptions.h"
 
@@ -44,6 +44,10 @@ public:
     static constexpr std::chrono::milliseconds endDelay {500};
     static constexpr int maxLines = 4000;
     static constexpr int trimmedLines = 1000;
+    // However much one drain brings, no more than this many lines stay.
+    static constexpr int linesAfterDrain = 5000;
+    // How many of the oldest lines go once a drain has brought the log to `count` lines.
+    static qsizetype linesToDrop(qsizetype count);
 
     // The waits in effect; tests shorten them.
     struct Timing
@@ -95,6 +99,8 @@ private:
     void startPolling();
     void cancelPolling();
     QCoro::Task<> poll(std::shared_ptr<bool> cancelled, QString serial);
+    // Handles the end once every queued chunk has reached the log.
+    void finishWhenDrained(int status);
     void processEnded(int status);
 
     const QString m_name;
@@ -105,5 +111,5 @@ private:
     QPointer<QProcess> m_process;
     // Set when the current boot poll is to end.
     std::shared_ptr<bool> m_pollCancelled;
-    LineSplitter m_splitter;
+    ChunkQueue *m_queue;
 };

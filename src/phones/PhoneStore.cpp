@@ -5,6 +5,7 @@
 #include "ToolRunner.h"
 
 #include <QPointer>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -27,7 +28,9 @@ QVariant toVariant(const std::optional<QString> &text)
 // Anything besides the tool's own heading and separator lines.
 bool holdsUnexpectedLines(const QString &text)
 {
-    const QStringList lines = text.split(QLatin1Char('\n'));
+    // Every kind of line break counts, so a heading cannot hide what follows a lone carriage return.
+    static const QRegularExpression lineBreak(QStringLiteral("\\R"));
+    const QStringList lines = text.split(lineBreak);
     return std::any_of(lines.begin(), lines.end(), [](const QString &line) {
         const QString trimmed = line.trimmed();
         return !trimmed.isEmpty() && !trimmed.startsWith(QLatin1String("Available Android"))

@@ -44,8 +44,9 @@ QString sdkRoot()
 {
     for (const char *variable : {"ANDROID_HOME", "ANDROID_SDK_ROOT"}) {
         const QString value = qEnvironmentVariable(variable);
+        // Callers append to the root, so it never ends in "/".
         if (!value.isEmpty() && holdsSdkTools(value))
-            return value;
+            return QDir::cleanPath(value);
     }
     return appSupportDir() + QStringLiteral("/sdk");
 }
@@ -135,7 +136,7 @@ QProcessEnvironment environment()
 
     QProcessEnvironment env;
     env.insert(QStringLiteral("HOME"),
-        qEnvironmentVariableIsSet("HOME") ? qEnvironmentVariable("HOME") : QDir::homePath());
+        qEnvironmentVariableIsSet("HOME") ? qEnvironmentVariable("HOME") : Host::accountHome());
     env.insert(QStringLiteral("TMPDIR"), QDir::tempPath());
     if (const auto java = javaHome()) {
         env.insert(QStringLiteral("JAVA_HOME"), *java);

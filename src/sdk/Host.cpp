@@ -1,7 +1,11 @@
 #include "Host.h"
 
 #include <QDir>
+#include <QFile>
 #include <QStandardPaths>
+
+#include <pwd.h>
+#include <unistd.h>
 
 #ifdef Q_OS_MACOS
 #include <sys/sysctl.h>
@@ -41,13 +45,13 @@ Host Host::detect()
     host.javaVirtualMachinesDir = QStringLiteral("/Library/Java/JavaVirtualMachines");
     host.javaHomeSuffix = QStringLiteral("/Contents/Home");
     host.homebrewJavaHomeSuffix = QStringLiteral("/libexec/openjdk.jdk/Contents/Home");
-    const QString fallback = QDir::homePath() + QStringLiteral("/Library/Application Support");
+    const QString fallback = accountHome() + QStringLiteral("/Library/Application Support");
 #else
     host.homebrewPrefix = QStringLiteral("/home/linuxbrew/.linuxbrew");
     host.legacyHomebrewPrefix = QStringLiteral("/usr/local");
     host.javaVirtualMachinesDir = QStringLiteral("/usr/lib/jvm");
     host.homebrewJavaHomeSuffix = QStringLiteral("/libexec");
-    const QString fallback = QDir::homePath() + QStringLiteral("/.local/share");
+    const QString fallback = accountHome() + QStringLiteral("/.local/share");
 #endif
     const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     host.userDataDir = data.isEmpty() ? fallback : data;
@@ -66,6 +70,12 @@ Host Host::underRoot(const QString &root, bool arm64)
     host.userDataDir = root + QStringLiteral("/Library/Application Support");
     host.arm64 = arm64;
     return host;
+}
+
+QString Host::accountHome()
+{
+    const passwd *account = getpwuid(getuid());
+    return account && account->pw_dir ? QFile::decodeName(account->pw_dir) : QDir::homePath();
 }
 
 const Host &Host::current()

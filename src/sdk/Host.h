@@ -19,6 +19,9 @@ struct Host
     // The macOS layout of every place, below root.
     static Host underRoot(const QString &root, bool arm64);
 
+    // The account's home folder from the password database, whatever HOME says.
+    static QString accountHome();
+
     static const Host &current();
     static void setCurrent(const Host &host);
 };

@@ -54,8 +54,18 @@ ColumnLayout {
         currentIndex: tabs.currentIndex
         Layout.fillWidth: true
         Layout.fillHeight: true
-        SetupView { objectName: "setupView" }
-        PhonesView { objectName: "phonesView" }
-        AppsView { objectName: "appsView" }
+        // Each tab's content is made when the tab is first shown, so the window comes up with only what
+        // it shows; once made, a tab keeps its state while another is shown.
+        TabContent { tab: 0; sourceComponent: SetupView { objectName: "setupView" } }
+        TabContent { tab: 1; sourceComponent: PhonesView { objectName: "phonesView" } }
+        TabContent { tab: 2; sourceComponent: AppsView { objectName: "appsView" } }
+    }
+
+    component TabContent: Loader {
+        required property int tab
+        readonly property bool shown: content.setup.isAppleSilicon && tabs.currentIndex === tab
+        active: false
+        onShownChanged: if (shown) active = true
+        Component.onCompleted: if (shown) active = true
     }
 }

@@ -100,15 +100,38 @@ private Q_SLOTS:
         QCOMPARE(runner.progress(), std::nullopt);
     }
 
+    void logIsTrimmed_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QStringList>("expected"); // size, first line, last line before the closing one
+
+        // The command line plus 3000 lines reach 3001 entries once, which drops the oldest 500.
+        QTest::newRow("one trim") << 3000 << 0 << QStringList {"2501", "line 500", "line 3000"};
+        // A flood arrives in batches over many turns; it ends as if its lines had been added one by one,
+        // and the closing line comes after all of them.
+        QTest::newRow("flood") << 20000 << 3 << QStringList {"2502", "line 17500", "line 20000"};
+    }
+
     void logIsTrimmed()
     {
+        QFETCH(int, count);
+        QFETCH(int, status);
+        QFETCH(QStringList, expected);
+
         JobRunner runner;
-        runScript(runner, QStringLiteral("i=1; while [ $i -le 3000 ]; do echo line $i; i=$((i+1)); done"));
-        // The command line plus 3000 lines reached 3001 entries once, which dropped the oldest 500.
-        QCOMPARE(runner.lines().size(), 2501);
-        QCOMPARE(runner.lines().first(), QStringLiteral("line 500"));
-        QCOMPARE(runner.lines().last(), QStringLiteral("line 3000"));
-        QCOMPARE(runner.lineModel()->rowCount(), 2501);
+        runScript(runner,
+            QStringLiteral("awk 'BEGIN { for (i = 1; i <= %1; i++) print \"line \" i }'; exit %2")
+                .arg(count)
+                .arg(status));
+        const QStringList &lines = runner.lines();
+        QCOMPARE(lines.size(), expected[0].toInt());
+        QCOMPARE(lines.first(), expected[1]);
+        QCOMPARE(lines.at(status == 0 ? lines.size() - 1 : lines.size() - 2), expected[2]);
+        if (status != 0)
+            QCOMPARE(lines.last(), QStringLiteral("Finished with exit status %1.").arg(status));
+        QCOMPARE(runner.lineModel()->count(), lines.size());
+        QCOMPARE(runner.lineModel()->text(), lines.join(QLatin1Char('\n')));
     }
 
     void secondRunIsRefused()

@@ -31,6 +31,13 @@ private Q_SLOTS:
             << QStringList {QStringLiteral("a\u2028b\u0085c\fd\ve\n")}
             << QStringList {QStringLiteral("a\u2028b\u0085c\fd\ve")} << "";
         QTest::newRow("carry after last separator") << QStringList {"x\ny"} << QStringList {"x"} << "y";
+        QTest::newRow("line across many chunks")
+            << QStringList {"a", "b", "c\nd", "e"} << QStringList {"abc"} << "de";
+        QTest::newRow("blank carry finished by text")
+            << QStringList {"  ", "\t", "x\n"} << QStringList {"  \tx"} << "";
+        QTest::newRow("blank carry finished by blank") << QStringList {"  ", " \n"} << QStringList {} << "";
+        QTest::newRow("text after a blank carry is kept")
+            << QStringList {" ", "y", " "} << QStringList {} << " y ";
     }
 
     void feed()
@@ -60,6 +67,10 @@ private Q_SLOTS:
 
         splitter.feed(QStringLiteral(" untrimmed\t"));
         QCOMPARE(splitter.flush(), QStringLiteral(" untrimmed\t"));
+
+        splitter.feed(QStringLiteral("  "));
+        splitter.feed(QStringLiteral("x"));
+        QCOMPARE(splitter.flush(), QStringLiteral("  x"));
     }
 
     void percent_data()

@@ -10,6 +10,8 @@
 #include <QCoro/QCoroTask>
 
 #include <csignal>
+#include <sys/resource.h>
+#include <unistd.h>
 
 // Declared before the first data table that uses it.
 Q_DECLARE_METATYPE(std::optional<QString>)
@@ -93,26 +95,44 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("fileName");
         QTest::addColumn<bool>("create");
+        QTest::addColumn<int>("openFiles"); // limit on open files while starting; 0 for none
         QTest::addColumn<QString>("reason");
 
-        QTest::newRow("missing") << "nothing-here" << false << "No such file or directory";
-        QTest::newRow("not executable") << "plain-file" << true << "Permission denied";
+        QTest::newRow("missing") << "nothing-here" << false << 0 << "No such file or directory";
+        QTest::newRow("not executable") << "plain-file" << true << 0 << "Permission denied";
+        // A relative name is never looked up in PATH, not even one that names a real program.
+        QTest::newRow("relative name") << "sh" << false << 0 << "not an absolute path";
+        QTest::newRow("no file descriptors left") << "/bin/sh" << false << 1 << "Too many open files";
     }
 
     void launchFailures()
     {
         QFETCH(QString, fileName);
         QFETCH(bool, create);
+        QFETCH(int, openFiles);
         QFETCH(QString, reason);
 
         QTemporaryDir dir;
-        const QString tool = dir.filePath(fileName);
+        const QString tool = fileName == QLatin1String("sh") || fileName.startsWith(QLatin1Char('/'))
+            ? fileName
+            : dir.filePath(fileName);
         if (create)
             writeFile(tool, "#!/bin/sh\necho never\n");
         bool called = false;
         RunningJob job;
-        const ProcessResult result = QCoro::waitFor(ToolRunner::run(tool, {}, plainEnvironment(), 0.5,
-            QStringLiteral("input"), &job, [&](const QString &) { called = true; }));
+        rlimit limit {};
+        getrlimit(RLIMIT_NOFILE, &limit);
+        const rlimit saved = limit;
+        if (openFiles > 0) {
+            // Only the descriptors already open, and no more.
+            limit.rlim_cur = rlim_t(dup(0));
+            close(int(limit.rlim_cur));
+            setrlimit(RLIMIT_NOFILE, &limit);
+        }
+        auto running = ToolRunner::run(tool, {QStringLiteral("-c"), QStringLiteral("echo ran")},
+            plainEnvironment(), 0.5, QStringLiteral("input"), &job, [&](const QString &) { called = true; });
+        const ProcessResult result = QCoro::waitFor(std::move(running));
+        setrlimit(RLIMIT_NOFILE, &saved);
         QCOMPARE(result.status, -1);
         QCOMPARE(result.launchError, QStringLiteral("Could not start %1: %2").arg(tool, reason));
         QCOMPARE(result.failureSummary(), *result.launchError);
@@ -133,6 +153,24 @@ private Q_SLOTS:
         QCOMPARE(result.status, 15);
         QCOMPARE(result.text, QStringLiteral("begun\n"));
         QCOMPARE(result.failureSummary(), QStringLiteral("The command did not finish in time."));
+    }
+
+    void timeOutsBeyondTheTimer_data()
+    {
+        QTest::addColumn<double>("timeout");
+        QTest::newRow("beyond int milliseconds") << 3e6;
+        QTest::newRow("huge") << 1e300;
+        QTest::newRow("infinity") << std::numeric_limits<double>::infinity();
+        QTest::newRow("NaN") << std::numeric_limits<double>::quiet_NaN();
+    }
+
+    // A time-out too large for the timer is no practical limit: the child runs to its end.
+    void timeOutsBeyondTheTimer()
+    {
+        QFETCH(double, timeout);
+        const ProcessResult result = runShell(QStringLiteral("sleep 0.3; echo done"), timeout);
+        QVERIFY(result.isClean());
+        QCOMPARE(result.text, QStringLiteral("done\n"));
     }
 
     void timeOutAfterTheEndDoesNothing()

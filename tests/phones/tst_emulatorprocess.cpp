@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(states.names, (QStringList {"Starting", "Booting", "Running"}));
         QVERIFY(phone.lines().contains(diskCheck));
         QTRY_VERIFY(phone.lines().contains(bootCompleted));
-        QCOMPARE(phone.lineModel()->count(), phone.lines().size());
+        QCOMPARE(phone.lineModel()->text(), phone.lines().join(QLatin1Char('\n')));
         QVERIFY(changes.count() > states.names.size());
         // The first round came before adb saw the phone, the next one two seconds later saw it boot.
         QCOMPARE(m_sim->adbCalls(),
@@ -361,6 +361,45 @@ private Q_SLOTS:
         QTRY_COMPARE(phone.state(), State::Stopped);
     }
 
+    void trimmingRule_data()
+    {
+        QTest::addColumn<int>("count"); // lines after a drain
+        QTest::addColumn<int>("dropped");
+
+        QTest::newRow("at the bound") << 4000 << 0;
+        QTest::newRow("one past") << 4001 << 1000;
+        QTest::newRow("3500 plus 2000") << 5500 << 1000;
+        QTest::newRow("one read of thousands") << 100001 << 95001;
+    }
+
+    void trimmingRule()
+    {
+        QFETCH(int, count);
+        QFETCH(int, dropped);
+        QCOMPARE(EmulatorProcess::linesToDrop(count), dropped);
+    }
+
+    void floodStaysBounded()
+    {
+        // 100,000 lines at once, far more than one drain can take.
+        script(QStringLiteral("emulator"),
+            "at_start() { awk 'BEGIN { for (i = 1; i <= 100000; i++) print \"line \" i }'; sleep 0.3; exit "
+            "0; "
+            "}");
+        EmulatorProcess phone(phoneName);
+        qsizetype most = 0;
+        connect(&phone, &EmulatorProcess::linesChanged, this,
+            [&] { most = std::max(most, phone.lines().size()); });
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE_WITH_TIMEOUT(phone.state(), State::Stopped, 30000);
+        QVERIFY2(most <= EmulatorProcess::linesAfterDrain, qPrintable(QString::number(most)));
+        // Nothing is lost from the end, and what stays is in order.
+        const QStringList &lines = phone.lines();
+        QCOMPARE(lines.last(), QStringLiteral("line 100000"));
+        QCOMPARE(lines.first(), QStringLiteral("line %1").arg(100000 - lines.size() + 1));
+        QCOMPARE(phone.lineModel()->text(), lines.join(QLatin1Char('\n')));
+    }
+
     void pollRetriesUntilTheDeviceAnswers()
     {
         script(QStringLiteral("adb"), "[ \"$3\" = get-state ] && { echo offline; exit 0; }");
@@ -410,6 +449,36 @@ private Q_SLOTS:
             {QStringLiteral("emu"), QStringLiteral("kill")}, QStringLiteral("emulator-5554"), 10.0));
         QVERIFY(killed.isClean());
         QTRY_VERIFY(m_sim->runningEmulators().isEmpty());
+    }
+
+    void droppedRunnerDiscardsTheOutput()
+    {
+#ifndef Q_OS_LINUX
+        QSKIP("reads the resident size from /proc");
+#endif
+        const QString go = m_root.filePath(QStringLiteral("go"));
+        const QString done = m_root.filePath(QStringLiteral("done"));
+        script(QStringLiteral("emulator"),
+            QStringLiteral("after_boot() { while [ ! -e '%1' ]; do sleep 0.05; done; "
+                           "head -c 100000000 /dev/zero; touch '%2'; }")
+                .arg(go, done)
+                .toUtf8());
+        auto *phone = new EmulatorProcess(phoneName);
+        phone->start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE(phone->state(), State::Running);
+        delete phone;
+
+        const auto resident = [] {
+            QFile statm(QStringLiteral("/proc/self/statm"));
+            statm.open(QIODevice::ReadOnly);
+            return statm.readAll().split(' ').value(1).toLongLong() * 4096;
+        };
+        const qint64 before = resident();
+        writeFile(go, "");
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(done), 30000);
+        QTest::qWait(200);
+        // 100 MB went through; far less than that stayed.
+        QVERIFY2(resident() - before < 20'000'000, qPrintable(QString::number(resident() - before)));
     }
 };
 

@@ -334,6 +334,10 @@ private Q_SLOTS:
         QTest::newRow("text the parser cannot read")
             << QByteArray("printf '\\n  Something else entirely\\n\\n'; exit 0") << QStringList {}
             << QVariant("Something else entirely") << QVariant() << "";
+        QTest::newRow("carriage returns break lines too")
+            << QByteArray("printf 'Available Android Virtual Devices:\\rNot a phone\\r'; exit 0")
+            << QStringList {} << QVariant("Available Android Virtual Devices:\rNot a phone") << QVariant()
+            << "";
         QTest::newRow("failed run") << QByteArray("echo 'Error: JAVA_HOME is not set.' >&2; exit 1")
                                     << QStringList {"A"} << QVariant()
                                     << QVariant("Could not list phones. The command exited with status 1.")

@@ -8,6 +8,9 @@
 
 #include <QCoro/QCoroTask>
 
+#include <pwd.h>
+#include <unistd.h>
+
 class TestAndroidTools : public QObject
 {
     Q_OBJECT
@@ -47,6 +50,8 @@ private Q_SLOTS:
         QTest::newRow("home wins over root")
             << "mine"
             << "other" << QStringList {"mine/emulator/emulator", "other/emulator/emulator"} << "mine";
+        QTest::newRow("trailing slash dropped") << "mine/"
+                                                << "-" << QStringList {"mine/emulator/emulator"} << "mine";
         QTest::newRow("home without tools falls to root")
             << "empty"
             << "other" << QStringList {"other/emulator/emulator"} << "other";
@@ -184,11 +189,28 @@ private Q_SLOTS:
         QCOMPARE(env.value("HOMEBREW_NO_ENV_HINTS"), QStringLiteral("1"));
     }
 
-    void emptyHomeIsPassedOn()
+    void childHome_data()
     {
-        qputenv("HOME", QByteArray());
+        QTest::addColumn<QByteArray>("home"); // "-" for unset
+        QTest::addColumn<QString>("expected");
+
+        QTest::newRow("empty is passed on") << QByteArray() << "";
+        QTest::newRow("set") << QByteArray("/somewhere") << "/somewhere";
+        QTest::newRow("unset is the account's home")
+            << QByteArray("-") << QFile::decodeName(getpwuid(getuid())->pw_dir);
+    }
+
+    void childHome()
+    {
+        QFETCH(QByteArray, home);
+        QFETCH(QString, expected);
+
+        if (home == "-")
+            qunsetenv("HOME");
+        else
+            qputenv("HOME", home);
         QVERIFY(AndroidTools::environment().contains("HOME"));
-        QCOMPARE(AndroidTools::environment().value("HOME"), QString());
+        QCOMPARE(AndroidTools::environment().value("HOME"), expected);
     }
 
     void ensureSdkFolderMakesTheDefaultFolder()
