@@ -129,7 +129,11 @@ QCoro::Task<> ApkInstaller::refreshPackagesTask(QString serial)
     const QString text = result.text.trimmed();
     if (!result.isClean()) {
         // The previous list stays: it still describes the phone as last seen.
-        setPackagesNote(QStringLiteral("Could not list apps: ") + result.launchError.value_or(text));
+        QString reason = result.launchError.value_or(text);
+        // A tool that failed without a word still gets a reason: how it ended.
+        if (reason.isEmpty())
+            reason = result.failureSummary();
+        setPackagesNote(QStringLiteral("Could not list apps: ") + reason);
         co_return;
     }
     const QStringList names = packageNames(result.text);

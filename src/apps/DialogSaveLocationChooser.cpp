@@ -1,6 +1,9 @@
 #include "DialogSaveLocationChooser.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QPointer>
+#include <QStandardPaths>
 
 #include <QCoro/QCoroSignal>
 
@@ -18,6 +21,16 @@ QCoro::Task<std::optional<QString>> DialogSaveLocationChooser::chooseSaveLocatio
     if (!self || path.isEmpty())
         co_return std::nullopt;
     co_return path;
+}
+
+QUrl DialogSaveLocationChooser::proposedFolder()
+{
+    for (const auto location : {QStandardPaths::PicturesLocation, QStandardPaths::DesktopLocation}) {
+        const QString folder = QStandardPaths::writableLocation(location);
+        if (!folder.isEmpty() && QFileInfo(folder).isDir())
+            return QUrl::fromLocalFile(folder);
+    }
+    return QUrl::fromLocalFile(QDir::homePath());
 }
 
 void DialogSaveLocationChooser::accept(const QUrl &file)

@@ -18,6 +18,10 @@ public:
 
     QCoro::Task<std::optional<QString>> chooseSaveLocation(QString proposedName) override;
 
+    // Where the dialog opens: the user's Pictures folder, else the Desktop, else the home folder; never
+    // the process's working folder, which for an app started from the Finder is "/".
+    Q_INVOKABLE static QUrl proposedFolder();
+
     Q_INVOKABLE void accept(const QUrl &file);
     Q_INVOKABLE void reject();
 

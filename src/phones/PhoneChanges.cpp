@@ -74,8 +74,10 @@ QCoro::Task<std::optional<QString>> PhoneStore::createPhoneTask(
 QCoro::Task<> PhoneStore::deletePhoneTask(QString name)
 {
     const auto avdManager = AndroidTools::avdManager();
-    if (!avdManager)
+    if (!avdManager) {
+        Q_EMIT deleteFinished(name);
         co_return;
+    }
     QPointer<PhoneStore> self(this);
     const QStringList arguments {QStringLiteral("delete"), QStringLiteral("avd"), QStringLiteral("-n"), name};
     auto deleting = ToolRunner::run(*avdManager, arguments, AndroidTools::environment(), timeouts().remove);
@@ -88,6 +90,8 @@ QCoro::Task<> PhoneStore::deletePhoneTask(QString name)
     removeRunner(name);
     auto refreshing = refreshTask();
     co_await std::move(refreshing);
+    if (self)
+        Q_EMIT deleteFinished(name);
 }
 
 QCoro::Task<bool> PhoneStore::installImageTask(SystemImage image)

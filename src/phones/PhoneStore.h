@@ -115,6 +115,8 @@ Q_SIGNALS:
     void errorDetailsChanged();
     // A creation started by createPhone() ended; `failure` is the text that explains it, or undefined.
     void createFinished(const QString &name, const QVariant &failure);
+    // A deletion ended, successfully or not, and the list has been read again.
+    void deleteFinished(const QString &name);
     // A runner was made or removed, or one changed state.
     void runnersChanged();
     // Any of the above, and every change of the image job or of a runner.

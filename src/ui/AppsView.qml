@@ -31,9 +31,17 @@ ColumnLayout {
     function chooseFiles(urls) {
         installer.install(urls, serial)
     }
+    // The open dialog is made the first time it is needed, not when the window opens.
+    property FileDialog openDialog: null
+    function showOpenDialog() {
+        if (!openDialog)
+            openDialog = openDialogComponent.createObject(view)
+        openDialog.open()
+    }
 
+    // A hidden tab lists nothing: coming on screen lists the target's apps anyway.
     onSerialChanged: {
-        if (serial !== "")
+        if (visible && serial !== "")
             installer.refreshPackages(serial)
     }
     onVisibleChanged: {
@@ -60,6 +68,7 @@ ColumnLayout {
             currentIndex: view.target ? model.indexOf(view.target.name) : -1
             onActivated: index => view.selectedName = model[index]
             Layout.preferredWidth: 280
+            Accessible.name: "Phone"
         }
         Button {
             objectName: "Take screenshot"
@@ -78,6 +87,9 @@ ColumnLayout {
         Layout.leftMargin: 12
         Layout.rightMargin: 12
         Layout.preferredHeight: Math.max(90, dropColumn.implicitHeight + 24)
+        Accessible.role: Accessible.Grouping
+        Accessible.name: "Drop .apk files here"
+        Accessible.description: "Drop .apk files here to install them on " + (view.target ? view.target.name : "the phone")
         onEntered: drag => {
             view.targeted = true
             drag.accept(Qt.CopyAction)
@@ -96,7 +108,8 @@ ColumnLayout {
                 readonly property real r: 8
                 readonly property real w: dropZone.width
                 readonly property real h: dropZone.height
-                fillColor: view.targeted ? Qt.rgba(0.04, 0.39, 0.85, 0.15) : Qt.rgba(0.5, 0.5, 0.5, 0.08)
+                fillColor: view.targeted ? Qt.rgba(Style.accent.r, Style.accent.g, Style.accent.b, 0.15)
+                                         : Qt.rgba(0.5, 0.5, 0.5, Style.dark ? 0.14 : 0.08)
                 strokeColor: view.targeted ? Style.accent : Style.secondary
                 strokeWidth: 1.5
                 strokeStyle: ShapePath.DashLine
@@ -120,12 +133,13 @@ ColumnLayout {
             Label {
                 text: "Drop .apk files here"
                 Layout.alignment: Qt.AlignHCenter
+                Accessible.ignored: true
             }
             Button {
                 objectName: "Choose APK..."
                 text: "Choose APK..."
                 enabled: !view.installer.busy
-                onClicked: openDialog.open()
+                onClicked: view.showOpenDialog()
                 Layout.alignment: Qt.AlignHCenter
             }
         }
@@ -184,6 +198,7 @@ ColumnLayout {
                 text: "Uninstall"
                 enabled: !view.installer.busy
                 onClicked: view.installer.uninstall(modelData, view.serial)
+                Accessible.name: "Uninstall " + modelData
             }
         }
     }
@@ -211,7 +226,7 @@ ColumnLayout {
     }
     Rectangle {
         radius: 6
-        color: Qt.rgba(0, 0, 0, 0.75)
+        color: Style.terminal
         Layout.fillWidth: true
         Layout.preferredHeight: 110
         Layout.leftMargin: 12
@@ -237,16 +252,23 @@ ColumnLayout {
                 selectByMouse: true
                 wrapMode: TextEdit.WrapAnywhere
                 font: Style.mono
-                color: view.installer.output.length > 0 ? "#f2f2f2" : "#a0a0a0"
+                color: view.installer.output.length > 0 ? Style.terminalText : Style.terminalPlaceholder
+                selectionColor: Style.accent
+                Accessible.role: Accessible.EditableText
+                Accessible.name: "adb output"
+                Accessible.readOnly: true
             }
         }
     }
 
-    FileDialog {
-        id: openDialog
-        title: "Choose APK files"
-        fileMode: FileDialog.OpenFiles
-        nameFilters: ["Android apps (*.apk)"]
-        onAccepted: view.chooseFiles(selectedFiles)
+    Component {
+        id: openDialogComponent
+        FileDialog {
+            objectName: "openDialog"
+            title: "Choose APK files"
+            fileMode: FileDialog.OpenFiles
+            nameFilters: ["Android apps (*.apk)"]
+            onAccepted: view.chooseFiles(selectedFiles)
+        }
     }
 }

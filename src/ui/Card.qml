@@ -9,7 +9,7 @@ Rectangle {
 
     implicitHeight: column.implicitHeight + 24
     radius: 8
-    color: Qt.rgba(0.5, 0.5, 0.5, 0.1)
+    color: Style.card
 
     ColumnLayout {
         id: column

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 
-// A modal question over the window with a destructive action and "Cancel".
+// A modal question in the middle of the window with a destructive action and "Cancel".
 Dialog {
     id: dialog
     property string message
@@ -10,7 +10,8 @@ Dialog {
     signal confirmed
 
     parent: Overlay.overlay
-    anchors.centerIn: parent
+    x: parent ? Math.round((parent.width - width) / 2) : 0
+    y: parent ? Math.round((parent.height - height) / 2) : 0
     width: Math.min(420, parent ? parent.width - 40 : 420)
     modal: true
 

@@ -11,7 +11,9 @@ Rectangle {
 
     implicitHeight: column.implicitHeight + 16
     radius: 6
-    color: Qt.rgba(0.84, 0, 0.08, 0.08)
+    color: Style.failureBox
+    Accessible.role: Accessible.Grouping
+    Accessible.name: summary
 
     ColumnLayout {
         id: column
@@ -26,31 +28,35 @@ Rectangle {
             color: Style.red
             wrapMode: Text.Wrap
             Layout.fillWidth: true
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
-        Button {
+        DisclosureButton {
             objectName: "showDetails"
             text: "Show Details"
-            flat: true
-            icon.name: box.open ? "pan-down-symbolic" : "pan-end-symbolic"
-            checkable: true
             checked: box.open
             onToggled: box.open = checked
-            padding: 2
         }
         ScrollView {
             visible: box.open
             Layout.fillWidth: true
             Layout.preferredHeight: 120
             clip: true
+            contentWidth: availableWidth
             TextEdit {
                 objectName: "detailsText"
-                width: box.width - 16
+                width: parent.width
                 text: box.details.length > 0 ? box.details : "(no further text)"
                 textFormat: TextEdit.PlainText
                 readOnly: true
                 selectByMouse: true
                 wrapMode: TextEdit.Wrap
                 font: Style.monoCaption
+                color: Style.text
+                selectionColor: Style.accent
+                Accessible.role: Accessible.EditableText
+                Accessible.name: "Details"
+                Accessible.readOnly: true
             }
         }
     }

@@ -6,7 +6,9 @@ import QtQuick.Layouts
 Rectangle {
     implicitHeight: column.implicitHeight + 24
     radius: 8
-    color: Qt.rgba(0.88, 0.48, 0, 0.15)
+    color: Style.notice
+    Accessible.role: Accessible.Grouping
+    Accessible.name: "This Mac is not an Apple silicon Mac."
 
     ColumnLayout {
         id: column

@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 
-ApplicationWindow {
+AppWindow {
     objectName: "logs"
     title: "Emulator Logs"
     minimumWidth: 640

@@ -3,7 +3,7 @@ import QtQuick.Controls
 import QtQuick.Dialogs
 import Tolvane
 
-ApplicationWindow {
+AppWindow {
     id: window
     title: "Tolvane"
     minimumWidth: 780
@@ -40,20 +40,30 @@ ApplicationWindow {
         onLogsRequested: window.openLogs()
     }
 
-    FileDialog {
-        id: saveDialog
-        title: "Save Screenshot"
-        fileMode: FileDialog.SaveFile
-        nameFilters: ["PNG image (*.png)"]
-        defaultSuffix: "png"
-        onAccepted: TolvaneApp.saveChooser.accept(selectedFile)
-        onRejected: TolvaneApp.saveChooser.reject()
+    // The save dialog is made the first time a screenshot is saved, not when the window opens.
+    property FileDialog saveDialog: null
+    Component {
+        id: saveDialogComponent
+        FileDialog {
+            objectName: "saveDialog"
+            title: "Save Screenshot"
+            fileMode: FileDialog.SaveFile
+            acceptLabel: "Save"
+            nameFilters: ["PNG image (*.png)"]
+            defaultSuffix: "png"
+            onAccepted: TolvaneApp.saveChooser.accept(selectedFile)
+            onRejected: TolvaneApp.saveChooser.reject()
+        }
     }
     Connections {
         target: TolvaneApp.saveChooser
         function onSaveRequested(proposedName) {
-            saveDialog.selectedFile = saveDialog.currentFolder + "/" + proposedName
-            saveDialog.open()
+            if (!window.saveDialog)
+                window.saveDialog = saveDialogComponent.createObject(window)
+            const folder = TolvaneApp.saveChooser.proposedFolder()
+            window.saveDialog.currentFolder = folder
+            window.saveDialog.selectedFile = folder + "/" + encodeURIComponent(proposedName)
+            window.saveDialog.open()
         }
     }
 }

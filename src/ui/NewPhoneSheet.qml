@@ -16,6 +16,8 @@ Dialog {
     property int api: 0
     property var errorText: undefined
     property bool creating: false
+    // The name being created, shown beside the progress indicator while the user may edit the field.
+    property string creatingName
 
     function isPlay(image) {
         return image.variant === "google_apis_playstore"
@@ -42,8 +44,9 @@ Dialog {
         }
         return undefined
     }
+    readonly property bool nameValid: store.isValidName(name)
     readonly property bool canCreate: chosenImage !== undefined && chosenDevice !== undefined && chosenImage.installed
-                                      && store.isValidName(name) && !creating && !store.imageJob.isRunning
+                                      && nameValid && !creating && !store.imageJob.isRunning
 
     function label(level) {
         let first = undefined
@@ -80,6 +83,7 @@ Dialog {
         if (device === undefined || image === undefined)
             return
         creating = true
+        creatingName = name
         errorText = undefined
         // The creation belongs to the store: closing the sheet does not stop it.
         store.createPhone(name, device, image)
@@ -102,150 +106,234 @@ Dialog {
     }
 
     parent: Overlay.overlay
-    anchors.centerIn: parent
+    // Centred, and never taller than the window: the choices scroll, the buttons stay in view.
+    x: parent ? Math.round((parent.width - width) / 2) : 0
+    y: parent ? Math.max(0, Math.round((parent.height - height) / 2)) : 0
     width: 560
+    height: parent ? Math.min(implicitHeight, parent.height - 24) : implicitHeight
     modal: true
     closePolicy: Popup.CloseOnEscape
     padding: 20
+    bottomPadding: 12
     Component.onCompleted: {
         open()
         load()
     }
 
-    contentItem: ColumnLayout {
-        spacing: 12
+    contentItem: ScrollView {
+        id: scroller
+        objectName: "sheetScroller"
+        contentWidth: availableWidth
+        contentHeight: choices.implicitHeight
+        implicitHeight: choices.implicitHeight
+        clip: true
 
-        Label {
-            text: "New phone"
-            font: Style.title3
-        }
-        TextField {
-            objectName: "nameField"
-            placeholderText: "Name (letters, digits, . _ -)"
-            text: sheet.name
-            onTextEdited: sheet.name = text
-            onAccepted: {
-                if (sheet.canCreate)
-                    sheet.create()
+        ColumnLayout {
+            id: choices
+            width: scroller.availableWidth
+            spacing: 12
+
+            Label {
+                text: "New phone"
+                font: Style.title3
             }
-            Layout.fillWidth: true
-        }
-        RowLayout {
-            visible: sheet.store.devicesLoading
-            BusyIndicator { running: parent.visible; Layout.preferredWidth: 20; Layout.preferredHeight: 20 }
-            Label { text: "Reading phone models..." }
-        }
-        RowLayout {
-            Layout.fillWidth: true
-            Label { text: "Model" }
-            ComboBox {
-                objectName: "modelPicker"
-                model: sheet.store.devices
-                textRole: "name"
-                valueRole: "id"
-                currentIndex: sheet.store.devices.findIndex(device => device.id === sheet.deviceId)
-                onActivated: index => sheet.deviceId = sheet.store.devices[index].id
+
+            // The name, with its rule shown as soon as it is broken.
+            RowLayout {
+                objectName: "nameRow"
+                Layout.fillWidth: true
+                spacing: 8
+                Label {
+                    id: nameLabel
+                    text: "Name"
+                }
+                TextField {
+                    objectName: "nameField"
+                    placeholderText: "Name (letters, digits, . _ -)"
+                    text: sheet.name
+                    onTextEdited: sheet.name = text
+                    onAccepted: {
+                        if (sheet.canCreate)
+                            sheet.create()
+                    }
+                    Layout.fillWidth: true
+                    Accessible.name: "Name"
+                    Accessible.description: nameProblem.visible ? nameProblem.text : placeholderText
+                }
+            }
+            Label {
+                id: nameProblem
+                objectName: "nameProblem"
+                visible: !sheet.nameValid
+                text: sheet.name.length === 0 ? "Give the phone a name: letters, digits, . _ - only."
+                                              : "A name may only hold letters, digits, . _ and -, without spaces."
+                font: Style.caption
+                color: Style.red
+                wrapMode: Text.Wrap
+                Layout.fillWidth: true
+                Layout.leftMargin: nameLabel.width + 8
+                Layout.topMargin: -6
+            }
+
+            // The phone model.
+            RowLayout {
+                visible: sheet.store.devicesLoading
+                spacing: 6
+                Spinner { objectName: "devicesLoading"; label: "Reading phone models" }
+                Label { text: "Reading phone models..." }
+            }
+            RowLayout {
+                Layout.fillWidth: true
+                Label { text: "Model" }
+                ComboBox {
+                    objectName: "modelPicker"
+                    model: sheet.store.devices
+                    textRole: "name"
+                    valueRole: "id"
+                    currentIndex: sheet.store.devices.findIndex(device => device.id === sheet.deviceId)
+                    onActivated: index => sheet.deviceId = sheet.store.devices[index].id
+                    Layout.fillWidth: true
+                    Accessible.name: "Model"
+                }
+            }
+            ColumnLayout {
+                visible: sheet.store.rawDeviceListing !== undefined
+                Layout.fillWidth: true
+                Label {
+                    text: "Could not read the model list. Raw avdmanager text:"
+                    color: Style.orange
+                }
+                Label {
+                    text: sheet.store.rawDeviceListing !== undefined ? sheet.store.rawDeviceListing : ""
+                    textFormat: Text.PlainText
+                    font: Style.monoCaption
+                    maximumLineCount: 6
+                    elide: Text.ElideRight
+                    Layout.fillWidth: true
+                }
+            }
+
+            // The Android version.
+            Switch {
+                objectName: "playSwitch"
+                text: "Google Play"
+                checked: sheet.playStore
+                onToggled: sheet.playStore = checked
+            }
+            Label {
+                text: "Only Google Play images include the Play Store app. Plain Google APIs images do not."
+                font: Style.caption
+                color: Style.secondary
+                wrapMode: Text.Wrap
                 Layout.fillWidth: true
             }
-        }
-        ColumnLayout {
-            visible: sheet.store.rawDeviceListing !== undefined
-            Layout.fillWidth: true
-            Label {
-                text: "Could not read the model list. Raw avdmanager text:"
-                color: Style.orange
+            RowLayout {
+                visible: sheet.store.imagesLoading
+                spacing: 6
+                Layout.fillWidth: true
+                Spinner { objectName: "imagesLoading"; label: "Reading Android versions" }
+                Label {
+                    text: "Reading Android versions from sdkmanager (needs internet)..."
+                    wrapMode: Text.Wrap
+                    Layout.fillWidth: true
+                }
+            }
+            RowLayout {
+                Layout.fillWidth: true
+                Label { text: "Android version" }
+                ComboBox {
+                    objectName: "versionPicker"
+                    model: sheet.apiChoices.map(level => sheet.label(level))
+                    currentIndex: sheet.apiChoices.indexOf(sheet.api)
+                    onActivated: index => sheet.api = sheet.apiChoices[index]
+                    Layout.fillWidth: true
+                    Accessible.name: "Android version"
+                }
+            }
+            ColumnLayout {
+                visible: sheet.store.rawImageListing !== undefined
+                Layout.fillWidth: true
+                Label {
+                    text: "No arm64 images were recognised. Raw sdkmanager text:"
+                    color: Style.orange
+                }
+                Label {
+                    text: sheet.store.rawImageListing !== undefined ? sheet.store.rawImageListing : ""
+                    textFormat: Text.PlainText
+                    font: Style.monoCaption
+                    maximumLineCount: 6
+                    elide: Text.ElideRight
+                    Layout.fillWidth: true
+                }
+            }
+
+            // The system image.
+            RowLayout {
+                visible: sheet.chosenImage !== undefined && !sheet.chosenImage.installed
+                Layout.fillWidth: true
+                Label {
+                    text: "This system image is not installed (about 1.5 GB)."
+                    wrapMode: Text.Wrap
+                    Layout.fillWidth: true
+                }
+                Button {
+                    objectName: "Install it"
+                    text: "Install it"
+                    enabled: !sheet.store.imageJob.isRunning
+                    onClicked: sheet.store.installImage(sheet.chosenImage)
+                }
             }
             Label {
-                text: sheet.store.rawDeviceListing !== undefined ? sheet.store.rawDeviceListing : ""
-                textFormat: Text.PlainText
-                font: Style.monoCaption
-                maximumLineCount: 6
+                objectName: "imageInstalled"
+                visible: sheet.chosenImage !== undefined && sheet.chosenImage.installed
+                text: "System image installed."
+                color: Style.green
+            }
+            JobLogView {
+                job: sheet.store.imageJob
+                Layout.fillWidth: true
+            }
+
+            // The outcome of the last creation.
+            Loader {
+                active: sheet.errorText !== undefined
+                visible: active
+                Layout.fillWidth: true
+                sourceComponent: DetailsBox {
+                    objectName: "createError"
+                    summary: "avdmanager could not create the phone."
+                    details: sheet.errorText !== undefined ? sheet.errorText : ""
+                }
+            }
+        }
+    }
+
+    footer: Pane {
+        objectName: "sheetButtons"
+        leftPadding: 20
+        rightPadding: 20
+        topPadding: 8
+        bottomPadding: 20
+        background: null
+        RowLayout {
+            anchors.fill: parent
+            spacing: 8
+            Spinner {
+                objectName: "creatingIndicator"
+                visible: sheet.creating
+                label: "Creating the phone"
+            }
+            Label {
+                visible: sheet.creating
+                text: "Creating " + sheet.creatingName + "..."
+                color: Style.secondary
                 elide: Text.ElideRight
                 Layout.fillWidth: true
             }
-        }
-        Switch {
-            objectName: "playSwitch"
-            text: "Google Play"
-            checked: sheet.playStore
-            onToggled: sheet.playStore = checked
-        }
-        Label {
-            text: "Only Google Play images include the Play Store app. Plain Google APIs images do not."
-            font: Style.caption
-            color: Style.secondary
-            wrapMode: Text.Wrap
-            Layout.fillWidth: true
-        }
-        RowLayout {
-            visible: sheet.store.imagesLoading
-            BusyIndicator { running: parent.visible; Layout.preferredWidth: 20; Layout.preferredHeight: 20 }
-            Label { text: "Reading Android versions from sdkmanager (needs internet)..." }
-        }
-        RowLayout {
-            Layout.fillWidth: true
-            Label { text: "Android version" }
-            ComboBox {
-                objectName: "versionPicker"
-                model: sheet.apiChoices.map(level => sheet.label(level))
-                currentIndex: sheet.apiChoices.indexOf(sheet.api)
-                onActivated: index => sheet.api = sheet.apiChoices[index]
+            Item {
+                visible: !sheet.creating
                 Layout.fillWidth: true
             }
-        }
-        ColumnLayout {
-            visible: sheet.store.rawImageListing !== undefined
-            Layout.fillWidth: true
-            Label {
-                text: "No arm64 images were recognised. Raw sdkmanager text:"
-                color: Style.orange
-            }
-            Label {
-                text: sheet.store.rawImageListing !== undefined ? sheet.store.rawImageListing : ""
-                textFormat: Text.PlainText
-                font: Style.monoCaption
-                maximumLineCount: 6
-                elide: Text.ElideRight
-                Layout.fillWidth: true
-            }
-        }
-        RowLayout {
-            visible: sheet.chosenImage !== undefined && !sheet.chosenImage.installed
-            Layout.fillWidth: true
-            Label {
-                text: "This system image is not installed (about 1.5 GB)."
-                Layout.fillWidth: true
-            }
-            Button {
-                objectName: "Install it"
-                text: "Install it"
-                enabled: !sheet.store.imageJob.isRunning
-                onClicked: sheet.store.installImage(sheet.chosenImage)
-            }
-        }
-        Label {
-            objectName: "imageInstalled"
-            visible: sheet.chosenImage !== undefined && sheet.chosenImage.installed
-            text: "System image installed."
-            color: Style.green
-        }
-        JobLogView {
-            job: sheet.store.imageJob
-            Layout.fillWidth: true
-        }
-        Loader {
-            active: sheet.errorText !== undefined
-            visible: active
-            Layout.fillWidth: true
-            sourceComponent: DetailsBox {
-                objectName: "createError"
-                summary: "avdmanager could not create the phone."
-                details: sheet.errorText !== undefined ? sheet.errorText : ""
-            }
-        }
-        RowLayout {
-            Layout.fillWidth: true
-            Item { Layout.fillWidth: true }
             Button {
                 objectName: "Close"
                 text: "Close"

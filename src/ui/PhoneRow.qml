@@ -9,28 +9,45 @@ ColumnLayout {
     property var phone
     property PhoneStore store
     property var options
-    property var wipeOptions
+    // True from the confirmed deletion until the store has finished with it.
+    property bool deleting: false
+    // A thin line above every row but the first.
+    property bool separator: false
+    signal wipeRequested
+    signal deleteRequested
+
     readonly property EmulatorProcess runner: store.runner(phone.name)
     // A deleted phone's runner goes before the list that still shows the phone is refreshed.
     readonly property int state: runner ? runner.state : EmulatorProcess.Stopped
-    readonly property bool stopped: state === EmulatorProcess.Stopped
-    readonly property bool busy: state === EmulatorProcess.Starting || state === EmulatorProcess.Booting
+    readonly property bool stopped: state === EmulatorProcess.Stopped && !deleting
+    readonly property bool busy: deleting || state === EmulatorProcess.Starting || state === EmulatorProcess.Booting
                                  || state === EmulatorProcess.Stopping
+    readonly property string status: deleting ? "Deleting" : runner ? runner.stateName : "Stopped"
     // Asked again whenever the row redraws for a change of state or of the setup checks.
     readonly property bool emulatorMissing: stopped && TolvaneApp.setup.emulatorReady !== null
                                             && !TolvaneApp.emulatorInstalled()
 
     spacing: 6
 
+    Rectangle {
+        visible: row.separator
+        color: Style.separator
+        Layout.fillWidth: true
+        Layout.preferredHeight: 1
+    }
     RowLayout {
+        objectName: "phoneLine"
         Layout.fillWidth: true
         Layout.topMargin: 4
-        Layout.bottomMargin: 4
+        Layout.bottomMargin: row.runner !== null && row.runner.failure !== undefined ? 0 : 4
         spacing: 8
 
+        // The phone: its name, then its image and any problem, each wrapping rather than cut.
         ColumnLayout {
+            objectName: "phoneTexts"
             spacing: 2
             Layout.fillWidth: true
+            Layout.alignment: Qt.AlignTop
             Label {
                 objectName: "phoneName"
                 text: row.phone.name
@@ -39,83 +56,90 @@ ColumnLayout {
                 Layout.fillWidth: true
             }
             Label {
+                objectName: "basedOn"
                 visible: row.phone.basedOn.length > 0
                 text: row.phone.basedOn
+                textFormat: Text.PlainText
                 font: Style.caption
                 color: Style.secondary
-                elide: Text.ElideRight
+                wrapMode: Text.Wrap
                 Layout.fillWidth: true
             }
             Label {
                 visible: row.phone.error.length > 0
                 text: "Problem: " + row.phone.error
+                textFormat: Text.PlainText
                 font: Style.caption
                 color: Style.red
                 wrapMode: Text.Wrap
                 Layout.fillWidth: true
             }
         }
-        BusyIndicator {
-            visible: row.busy
-            running: visible
-            Layout.preferredWidth: 18
-            Layout.preferredHeight: 18
+        // The status, in a fixed width so that the texts beside it do not move as it changes.
+        RowLayout {
+            objectName: "status"
+            spacing: 4
+            Layout.preferredWidth: 92
+            Layout.alignment: Qt.AlignTop
+            Layout.topMargin: 3
+            Item { Layout.fillWidth: true }
+            Spinner {
+                objectName: "statusBusy"
+                visible: row.busy
+                label: row.phone.name + ": " + row.status
+            }
+            Label {
+                objectName: "statusLabel"
+                text: row.status
+                color: row.state === EmulatorProcess.Running && !row.deleting ? Style.green : Style.secondary
+                Accessible.role: Accessible.StaticText
+                Accessible.name: row.phone.name + ": " + text
+            }
         }
-        Label {
-            objectName: "statusLabel"
-            text: row.runner ? row.runner.stateName : "Stopped"
-            color: row.state === EmulatorProcess.Running ? Style.green : Style.secondary
-        }
-        Button {
-            objectName: "Start"
-            text: "Start"
-            enabled: row.stopped && !row.emulatorMissing
-            onClicked: row.store.start(row.phone.name, row.options)
-        }
-        Button {
-            objectName: "Stop"
-            text: "Stop"
-            enabled: !row.stopped && row.state !== EmulatorProcess.Stopping
-            onClicked: row.store.runner(row.phone.name).stop()
-        }
-        Button {
-            objectName: "Wipe data"
-            text: "Wipe data"
-            enabled: row.stopped && !row.emulatorMissing
-            onClicked: wipeDialog.open()
-        }
-        Button {
-            objectName: "Delete"
-            text: "Delete"
-            enabled: row.stopped
-            onClicked: deleteDialog.open()
+        // What can be done with the phone now.
+        RowLayout {
+            objectName: "phoneActions"
+            spacing: 6
+            Layout.alignment: Qt.AlignTop
+            Button {
+                objectName: "Start"
+                text: "Start"
+                enabled: row.stopped && !row.emulatorMissing
+                onClicked: row.store.start(row.phone.name, row.options)
+                Accessible.name: "Start " + row.phone.name
+            }
+            Button {
+                objectName: "Stop"
+                text: "Stop"
+                enabled: !row.deleting && row.state !== EmulatorProcess.Stopped && row.state !== EmulatorProcess.Stopping
+                onClicked: row.store.runner(row.phone.name).stop()
+                Accessible.name: "Stop " + row.phone.name
+            }
+            Button {
+                objectName: "Wipe data"
+                text: "Wipe data"
+                enabled: row.stopped && !row.emulatorMissing
+                onClicked: row.wipeRequested()
+                Accessible.name: "Wipe data on " + row.phone.name
+            }
+            Button {
+                objectName: "Delete"
+                text: "Delete"
+                enabled: row.stopped
+                onClicked: row.deleteRequested()
+                Accessible.name: "Delete " + row.phone.name
+            }
         }
     }
     Loader {
         active: row.runner !== null && row.runner.failure !== undefined
         visible: active
         Layout.fillWidth: true
+        Layout.bottomMargin: 4
         sourceComponent: DetailsBox {
             objectName: "startFailure"
             summary: row.phone.name + " did not start cleanly."
             details: row.runner.failure !== undefined ? row.runner.failure : ""
         }
-    }
-
-    ConfirmDialog {
-        id: deleteDialog
-        objectName: "deleteDialog"
-        title: "Delete " + row.phone.name + "?"
-        message: "This removes the phone and all its data. It cannot be undone."
-        confirmText: "Delete"
-        onConfirmed: row.store.deletePhone(row.phone.name)
-    }
-    ConfirmDialog {
-        id: wipeDialog
-        objectName: "wipeDialog"
-        title: "Wipe data on " + row.phone.name + "?"
-        message: "All apps and data on this phone are erased. The phone starts with the factory reset (emulator -wipe-data)."
-        confirmText: "Wipe and start"
-        onConfirmed: row.store.start(row.phone.name, row.wipeOptions)
     }
 }

@@ -18,7 +18,9 @@ Item {
 
     StatusIcon {
         id: icon
+        objectName: "statusIcon"
         ok: row.ok
+        label: row.name
         anchors.left: parent.left
         anchors.verticalCenter: parent.verticalCenter
     }
@@ -49,6 +51,8 @@ Item {
         text: row.buttonText
         enabled: row.buttonEnabled
         onClicked: row.activated()
+        Accessible.name: text
+        Accessible.description: row.name + ": " + row.detail
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
     }

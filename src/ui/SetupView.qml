@@ -97,7 +97,7 @@ ScrollView {
             Rectangle {
                 visible: view.setup.licenseText !== undefined
                 radius: 6
-                color: Qt.rgba(0, 0, 0, 0.06)
+                color: Style.logBackground
                 Layout.fillWidth: true
                 Layout.preferredHeight: 200
                 ScrollView {
@@ -113,6 +113,11 @@ ScrollView {
                         selectByMouse: true
                         wrapMode: TextEdit.Wrap
                         font: Style.monoCaption
+                        color: Style.text
+                        selectionColor: Style.accent
+                        Accessible.role: Accessible.EditableText
+                        Accessible.name: "Android SDK license text"
+                        Accessible.readOnly: true
                     }
                 }
             }
@@ -138,12 +143,10 @@ ScrollView {
                     enabled: !view.setup.licenseLoading && !view.jobRunning
                     onClicked: view.setup.loadLicenseText()
                 }
-                BusyIndicator {
+                Spinner {
                     objectName: "licenseLoading"
                     visible: view.setup.licenseLoading
-                    running: visible
-                    Layout.preferredWidth: 20
-                    Layout.preferredHeight: 20
+                    label: "Loading the license text"
                 }
             }
         }
@@ -195,7 +198,10 @@ ScrollView {
             selectByMouse: true
             font: Style.caption
             color: Style.secondary
+            selectionColor: Style.accent
             wrapMode: TextEdit.WrapAnywhere
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
             Layout.fillWidth: true
             Layout.leftMargin: 12
             Layout.rightMargin: 12

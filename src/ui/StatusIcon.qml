@@ -4,6 +4,8 @@ import QtQuick
 Rectangle {
     id: icon
     property bool ok: false
+    // What the requirement is called; a screen reader says it with the state ("Homebrew: found").
+    property string label
 
     implicitWidth: 20
     implicitHeight: 20
@@ -11,6 +13,8 @@ Rectangle {
     color: ok ? Style.green : "transparent"
     border.width: ok ? 0 : 1.5
     border.color: Style.orange
+    Accessible.role: Accessible.Graphic
+    Accessible.name: (label.length > 0 ? label + ": " : "") + (ok ? "found" : "not found")
 
     Text {
         anchors.centerIn: parent
@@ -18,5 +22,6 @@ Rectangle {
         color: icon.ok ? "white" : Style.orange
         font.pixelSize: 13
         font.bold: true
+        Accessible.ignored: true
     }
 }

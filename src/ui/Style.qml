@@ -1,8 +1,14 @@
 pragma Singleton
 import QtQuick
 
-// The few fonts and colours the views share, nearest to the Mac's own.
+// The few fonts and colours the views share, nearest to the Mac's own. Every colour follows the system's
+// light or dark appearance, read from the window colour of the application's palette.
 QtObject {
+    readonly property SystemPalette palette: SystemPalette {
+        colorGroup: SystemPalette.Active
+    }
+    readonly property bool dark: palette.window.hslLightness < 0.5
+
     readonly property int spacing: 8
     readonly property font caption: Qt.font({ pixelSize: 11 })
     readonly property font body: Qt.font({ pixelSize: 13 })
@@ -12,9 +18,21 @@ QtObject {
     readonly property font monoCaption: Qt.font({ family: "monospace", pixelSize: 11 })
     readonly property font mono: Qt.font({ family: "monospace", pixelSize: 12 })
 
-    readonly property color secondary: "#6e6e73"
-    readonly property color green: "#28a745"
-    readonly property color orange: "#e07b00"
-    readonly property color red: "#d70015"
-    readonly property color accent: "#0a64d8"
+    // Plain text items (TextEdit, Text) take these; controls follow the palette on their own.
+    readonly property color text: palette.windowText
+    readonly property color secondary: dark ? "#98989d" : "#6e6e73"
+    readonly property color green: dark ? "#32d74b" : "#1f8a38"
+    readonly property color orange: dark ? "#ff9f0a" : "#b85c00"
+    readonly property color red: dark ? "#ff6961" : "#d70015"
+    readonly property color accent: dark ? "#0a84ff" : "#0a64d8"
+    readonly property color separator: dark ? Qt.rgba(1, 1, 1, 0.12) : Qt.rgba(0, 0, 0, 0.1)
+
+    // Backgrounds: panels, failure boxes, notices, and the wells that hold logs and long texts.
+    readonly property color card: Qt.rgba(0.5, 0.5, 0.5, dark ? 0.18 : 0.1)
+    readonly property color failureBox: dark ? Qt.rgba(1, 0.27, 0.23, 0.16) : Qt.rgba(0.84, 0, 0.08, 0.08)
+    readonly property color notice: dark ? Qt.rgba(1, 0.62, 0.04, 0.2) : Qt.rgba(0.88, 0.48, 0, 0.15)
+    readonly property color logBackground: dark ? Qt.rgba(1, 1, 1, 0.07) : Qt.rgba(0, 0, 0, 0.06)
+    readonly property color terminal: dark ? Qt.rgba(0, 0, 0, 0.45) : Qt.rgba(0, 0, 0, 0.75)
+    readonly property color terminalText: "#f2f2f2"
+    readonly property color terminalPlaceholder: "#a0a0a0"
 }

@@ -8,6 +8,7 @@
 #include <QJSEngine>
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <QQuickWindow>
 #include <QUrl>
 
 #include <csignal>
@@ -104,5 +105,17 @@ bool TolvaneApp::showMainWindow(QQmlEngine &engine)
         return false;
     }
     m_mainWindow = window;
+    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &TolvaneApp::reopenMainWindow,
+        Qt::UniqueConnection);
     return true;
+}
+
+void TolvaneApp::reopenMainWindow(Qt::ApplicationState state)
+{
+    auto *window = qobject_cast<QQuickWindow *>(m_mainWindow.data());
+    if (state != Qt::ApplicationActive || !window || window->isVisible())
+        return;
+    window->show();
+    window->raise();
+    window->requestActivate();
 }

@@ -50,10 +50,13 @@ public:
 
     // Loads the main window into the engine; false when it could not be loaded. The window is closed
     // before the model objects go, so no view ever outlives what it shows.
+    // Once loaded, the main window comes back whenever the app is activated while it is closed: a click
+    // on the Dock icon reactivates the app.
     bool showMainWindow(QQmlEngine &engine);
     QObject *mainWindow() const { return m_mainWindow; }
 
 private:
+    void reopenMainWindow(Qt::ApplicationState state);
     QCoro::Task<> loadCatalogTask(QPointer<PhoneStore> store);
 
     SetupController *m_setup;

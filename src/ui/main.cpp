@@ -10,6 +10,10 @@ int main(int argc, char *argv[])
 {
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("Tolvane"));
+#ifdef Q_OS_MACOS
+    // As Mac apps do, closing the window leaves the app running; the Dock icon brings the window back.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+#endif
 
     QQmlEngine engine;
     TolvaneApp tolvane(nullptr);

@@ -203,6 +203,12 @@ private Q_SLOTS:
                                     << "adb said: Error: could not access the Package Manager.";
         QTest::newRow("listing fails") << serial << QStringLiteral("adb.pm.fail") << QByteArray("1")
                                        << earlier << "Could not list apps: cmd: Can't find service: package";
+        // A phone that never had an app installed: adb prints nothing and succeeds.
+        QTest::newRow("phone never given an app") << serial << QStringLiteral("no apps") << QByteArray()
+                                                  << QStringList {} << "No apps installed by you yet.";
+        QTest::newRow("fails without a word")
+            << serial << QStringLiteral("adb.pm.fail") << QByteArray("silent") << earlier
+            << "Could not list apps: The command exited with status 1.";
         QTest::newRow("unknown phone")
             << QStringLiteral("emulator-5556") << QString() << QByteArray() << earlier
             << "Could not list apps: error: device 'emulator-5556' not found";
@@ -221,7 +227,9 @@ private Q_SLOTS:
         QCoro::waitFor(installer.refreshPackagesTask(::serial));
         QCOMPARE(installer.packages(), QStringList {QStringLiteral("com.example.kept")});
 
-        if (!behaviour.isEmpty())
+        if (behaviour == QLatin1String("no apps"))
+            QFile::remove(m_sim->stateDir() + QStringLiteral("/packages/") + phone);
+        else if (!behaviour.isEmpty())
             m_sim->setBehaviour(behaviour, listing);
         QSignalSpy busy(&installer, &ApkInstaller::busyChanged);
         QCoro::waitFor(installer.refreshPackagesTask(serial));

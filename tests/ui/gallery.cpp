@@ -1,4 +1,5 @@
-// Renders the app's screens in their interesting states to PNG files, over the simulated toolchain:
+// Renders the app's screens in their interesting states to PNG files, over the simulated toolchain, in the
+// smallest main window, once in the light appearance and once in the dark one ("-dark" names):
 //   tolvane-gallery <output folder> [name filter]
 #include "Host.h"
 #include "SimControl.h"
@@ -7,6 +8,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QGuiApplication>
+#include <QPalette>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -21,6 +23,37 @@
 Q_IMPORT_QML_PLUGIN(TolvanePlugin)
 
 namespace {
+
+// The Mac's dark appearance, as far as the palette goes.
+QPalette darkPalette()
+{
+    QPalette palette;
+    const auto set = [&](QPalette::ColorRole role, const char *colour, const char *disabled = nullptr) {
+        palette.setColor(role, QColor(QLatin1String(colour)));
+        if (disabled)
+            palette.setColor(QPalette::Disabled, role, QColor(QLatin1String(disabled)));
+    };
+    set(QPalette::Window, "#2c2c2e");
+    set(QPalette::WindowText, "#e8e8ea", "#77777c");
+    set(QPalette::Base, "#1e1e20");
+    set(QPalette::AlternateBase, "#2c2c2e");
+    set(QPalette::Text, "#e8e8ea", "#77777c");
+    set(QPalette::PlaceholderText, "#8e8e93");
+    set(QPalette::Button, "#3a3a3c", "#323234");
+    set(QPalette::ButtonText, "#e8e8ea", "#77777c");
+    set(QPalette::BrightText, "#ffffff");
+    set(QPalette::Light, "#545458");
+    set(QPalette::Midlight, "#48484a");
+    set(QPalette::Mid, "#3a3a3c");
+    set(QPalette::Dark, "#1c1c1e");
+    set(QPalette::Shadow, "#000000");
+    set(QPalette::Highlight, "#0a84ff");
+    set(QPalette::HighlightedText, "#ffffff");
+    set(QPalette::Link, "#0a84ff");
+    set(QPalette::ToolTipBase, "#3a3a3c");
+    set(QPalette::ToolTipText, "#e8e8ea");
+    return palette;
+}
 
 bool waitUntil(const std::function<bool()> &condition, int ms = 20000)
 {
@@ -100,17 +133,24 @@ struct Gallery
         ++saved;
     }
 
-    // Lays out a fresh Mac, lets `prepare` shape it, builds the app, lets `drive` act, then saves.
+    // Lays out a fresh Mac, lets `prepare` shape it, builds the app, lets `drive` act, then saves; once
+    // in each appearance.
     void shoot(const QString &name, const std::function<void(SimHost &)> &prepare,
         const std::function<QQuickWindow *(Shot &)> &drive, bool arm64 = true)
     {
-        if (!wanted(name))
-            return;
-        sim.reset();
-        prepare(sim.host());
-        Shot shot(arm64);
-        QQuickWindow *window = drive(shot);
-        save(window ? window : shot.main, name);
+        const QPalette light = QGuiApplication::palette();
+        for (const bool dark : {false, true}) {
+            const QString shotName = dark ? name + QStringLiteral("-dark") : name;
+            if (!wanted(shotName))
+                continue;
+            QGuiApplication::setPalette(dark ? darkPalette() : light);
+            sim.reset();
+            prepare(sim.host());
+            Shot shot(arm64);
+            QQuickWindow *window = drive(shot);
+            save(window ? window : shot.main, shotName);
+        }
+        QGuiApplication::setPalette(light);
     }
 };
 
@@ -243,8 +283,27 @@ int main(int argc, char *argv[])
     gallery.shoot(
         QStringLiteral("15-phones-delete-confirmation"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
             phonesTab(shot);
-            QObject *dialog = shot.main->findChild<QObject *>(QStringLiteral("deleteDialog"));
-            QMetaObject::invokeMethod(dialog, "open");
+            QMetaObject::invokeMethod(shot.main->findChild<QObject *>(QStringLiteral("phonesView")),
+                "confirmDelete", Q_ARG(QVariant, QStringLiteral("Pixel_7_API_34")));
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("15b-phones-wipe-confirmation"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
+            phonesTab(shot);
+            QMetaObject::invokeMethod(shot.main->findChild<QObject *>(QStringLiteral("phonesView")),
+                "confirmWipe", Q_ARG(QVariant, QStringLiteral("Pixel_8_Play")));
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("15c-phones-deleting"),
+        [&](SimHost &host) {
+            readyWithPhones(host);
+            host.setTimeScale(1.0);
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            phonesTab(shot);
+            QMetaObject::invokeMethod(shot.main->findChild<QObject *>(QStringLiteral("phonesView")),
+                "deletePhone", Q_ARG(QVariant, QStringLiteral("Pixel_7_API_34")));
             return nullptr;
         });
     const auto openSheet = [&](Shot &shot) {
@@ -283,6 +342,24 @@ int main(int argc, char *argv[])
         },
         [&](Shot &shot) -> QQuickWindow * {
             openSheet(shot);
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("18b-new-phone-failed-with-details"),
+        [](SimHost &host) {
+            host.makeReady();
+            host.installSystemImage(QStringLiteral("system-images;android-35;google_apis;arm64-v8a"));
+            host.setBehaviour(QStringLiteral("avdmanager.create.fail"),
+                QByteArrayLiteral("Error: Package path is not valid. Valid system image paths are:\nnull"));
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            openSheet(shot);
+            QObject *sheet = shot.main->findChild<QObject *>(QStringLiteral("phonesView"))
+                                 ->property("sheet")
+                                 .value<QObject *>();
+            QMetaObject::invokeMethod(sheet, "create");
+            waitUntil([&] { return shot.main->findChild<QObject *>(QStringLiteral("createError")); });
+            shot.main->findChild<QObject *>(QStringLiteral("createError"))->setProperty("open", true);
             return nullptr;
         });
     gallery.shoot(QStringLiteral("19-apps-no-phone"), nothing, [](Shot &shot) -> QQuickWindow * {

@@ -1,8 +1,11 @@
 #include "SimHost.h"
 #include "TolvaneApp.h"
 
+#include <QDir>
+#include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickWindow>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
@@ -51,6 +54,69 @@ private Q_SLOTS:
         QMetaObject::invokeMethod(main, "openLogs");
         QCOMPARE(main->property("logsWindow").value<QQuickWindow *>(), logs);
         QVERIFY(logs->isVisible());
+    }
+
+    // Closing the window leaves the app running; activating the app again, as a click on the Dock icon
+    // does, brings the window back and checks the machine again.
+    void reopenedByActivation()
+    {
+        QTemporaryDir root;
+        SimHost sim(root.path());
+        sim.activate();
+        QQmlEngine engine;
+        TolvaneApp app(nullptr);
+        QVERIFY(app.showMainWindow(engine));
+        auto *main = qobject_cast<QQuickWindow *>(app.mainWindow());
+        QVERIFY(QTest::qWaitForWindowExposed(main));
+        QTRY_VERIFY(!app.setup()->brewReady());
+
+        main->close();
+        QVERIFY(!main->isVisible());
+        sim.installBrew();
+        Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
+        QVERIFY(!main->isVisible());
+        Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+        QVERIFY(main->isVisible());
+        QTRY_VERIFY(app.setup()->brewReady());
+    }
+
+    // The file dialogs cost nothing at start; the save dialog proposes a folder the user can write to.
+    void saveDialog_data()
+    {
+        QTest::addColumn<QStringList>("folders");
+        QTest::addColumn<QString>("proposed");
+
+        QTest::newRow("pictures") << QStringList {"Pictures", "Desktop"} << "Pictures";
+        QTest::newRow("desktop only") << QStringList {"Desktop"} << "Desktop";
+        QTest::newRow("neither") << QStringList {} << "";
+    }
+
+    void saveDialog()
+    {
+        QFETCH(QStringList, folders);
+        QFETCH(QString, proposed);
+
+        QTemporaryDir root;
+        SimHost sim(root.path());
+        sim.activate();
+        for (const QString &folder : std::as_const(folders))
+            QVERIFY(QDir(root.path()).mkpath(folder));
+        QQmlEngine engine;
+        TolvaneApp app(nullptr);
+        QVERIFY(app.showMainWindow(engine));
+        QObject *main = app.mainWindow();
+        QVERIFY(!main->findChild<QObject *>(QStringLiteral("saveDialog")));
+        QVERIFY(!main->findChild<QObject *>(QStringLiteral("openDialog")));
+
+        Q_EMIT app.saveChooser()->saveRequested(QStringLiteral("Android Screenshot.png"));
+        QObject *dialog = main->findChild<QObject *>(QStringLiteral("saveDialog"));
+        QVERIFY(dialog);
+        const QString folder = QDir(root.path()).filePath(proposed);
+        QCOMPARE(dialog->property("currentFolder").toUrl(), QUrl::fromLocalFile(QDir::cleanPath(folder)));
+        QCOMPARE(dialog->property("selectedFile").toUrl(),
+            QUrl::fromLocalFile(QDir(folder).filePath(QStringLiteral("Android Screenshot.png"))));
+        QCOMPARE(dialog->property("acceptLabel").toString(), QStringLiteral("Save"));
+        QMetaObject::invokeMethod(dialog, "reject");
     }
 };
 

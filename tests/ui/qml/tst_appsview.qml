@@ -53,6 +53,27 @@ Item {
             compare(findChild(view, "adbOutput").text, installer.output.length > 0 ? installer.output : "Nothing yet.")
         }
 
+        // A hidden tab runs nothing; shown, it lists the phone's apps, and a phone without any says so.
+        function test_listsOnlyWhenShown() {
+            sim.reset()
+            sim.makeReady()
+            sim.createPhone("Pixel_Hidden")
+            const view = createTemporaryObject(appsComponent, root, { visible: false })
+            const listings = []
+            const note = () => listings.push(installer.packagesNote)
+            installer.packagesNoteChanged.connect(note)
+            store.start("Pixel_Hidden", TolvaneApp.startOptions(false, false, false, "Default", "auto"))
+            tryCompare(store.runner("Pixel_Hidden"), "state", EmulatorProcess.Running, 30000)
+            tryCompare(view, "serial", "emulator-5554")
+            wait(1500)
+            compare(listings.length, 0)
+            view.visible = true
+            tryVerify(() => listings.length === 1, 20000)
+            wait(500)
+            installer.packagesNoteChanged.disconnect(note)
+            compare(listings, ["No apps installed by you yet."])
+        }
+
         function test_dropThreeFilesThenOneThatIsNotAnApp() {
             runningPhone("Pixel_Apps")
             const view = createTemporaryObject(appsComponent, root)

@@ -57,7 +57,7 @@ Item {
             tryVerify(() => phones.sheet === null, 30000)
 
             const list = findChild(phones, "phoneList")
-            tryVerify(() => list.count === 1, 30000)
+            tryVerify(() => list.count === 1 && list.itemAtIndex(0) !== null, 30000)
             const row = list.itemAtIndex(0)
             click(row, "Start")
             tryCompare(findChild(row, "statusLabel"), "text", "Running", 30000)
@@ -80,7 +80,7 @@ Item {
             click(row, "Stop")
             tryCompare(findChild(row, "statusLabel"), "text", "Stopped", 30000)
             click(row, "Delete")
-            const dialog = findChild(row, "deleteDialog")
+            const dialog = findChild(phones, "deleteDialog")
             tryVerify(() => dialog.opened)
             mouseClick(findChild(dialog, "confirm"))
             tryVerify(() => TolvaneApp.store.phones.length === 0, 30000)

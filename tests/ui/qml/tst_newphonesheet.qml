@@ -5,8 +5,9 @@ import Tolvane
 
 Item {
     id: root
+    // The smallest main window.
     width: 780
-    height: 900
+    height: 640
 
     Component {
         id: phonesComponent
@@ -62,6 +63,8 @@ Item {
             verify(findChild(sheet, "Create").enabled)
 
             mouseClick(findChild(sheet, "Create"))
+            // The creation shows until the sheet closes.
+            verify(findChild(sheet, "creatingIndicator").visible)
             tryVerify(() => view.sheet === null, 30000)
             tryVerify(() => store.phones.some(phone => phone.name === "Pixel_Phone"), 20000)
         }
@@ -76,13 +79,20 @@ Item {
             const field = findChild(sheet, "nameField")
             field.forceActiveFocus()
             field.selectAll()
+            const problem = findChild(sheet, "nameProblem")
+            verify(!problem.visible)
             typeText("my phone")
             compare(sheet.name, "my phone")
             verify(!create.enabled)
+            // The rule shows once it is broken, and the field has its label.
+            verify(problem.visible)
+            verify(problem.text.indexOf("letters, digits") >= 0)
+            compare(field.Accessible.name, "Name")
             field.selectAll()
             typeText("my_phone")
             compare(sheet.name, "my_phone")
             verify(create.enabled)
+            verify(!problem.visible)
         }
 
         function test_playSwitchMovesTheVersion() {
@@ -103,9 +113,20 @@ Item {
             sim.setBehaviour("avdmanager.create.fail", "Error: Something went wrong creating the phone.")
             mouseClick(findChild(sheet, "Create"))
             tryVerify(() => findChild(sheet, "createError") !== null, 20000)
-            compare(findChild(findChild(sheet, "createError"), "detailsSummary").text,
-                    "avdmanager could not create the phone.")
+            const box = findChild(sheet, "createError")
+            compare(findChild(box, "detailsSummary").text, "avdmanager could not create the phone.")
             verify(sheet.visible)
+            // With the details open in the smallest window, the sheet still fits and its buttons show.
+            mouseClick(findChild(box, "showDetails"))
+            verify(box.open)
+            wait(50)
+            for (const name of ["Close", "Create"]) {
+                const button = findChild(sheet, name)
+                const corner = button.mapToItem(root, button.width, button.height)
+                verify(button.visible && corner.y <= root.height && corner.x <= root.width, name + " is in the window")
+            }
+            const top = sheet.contentItem.mapToItem(root, 0, 0)
+            verify(top.y >= 0)
         }
     }
 }

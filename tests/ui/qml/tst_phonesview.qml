@@ -103,9 +103,13 @@ Item {
             tryVerify(() => rowFor(view, "Pixel_Wipe") !== null, 20000)
             const row = rowFor(view, "Pixel_Wipe")
             mouseClick(findChild(row, "Wipe data"))
-            const dialog = findChild(row, "wipeDialog")
+            const dialog = findChild(view, "wipeDialog")
             tryVerify(() => dialog.opened)
             compare(dialog.title, "Wipe data on Pixel_Wipe?")
+            // In the middle of the window, not under the row.
+            const centre = dialog.contentItem.mapToItem(root, dialog.contentItem.width / 2, 0)
+            fuzzyCompare(centre.x, root.width / 2, 1)
+            fuzzyCompare(dialog.y + dialog.height / 2, root.height / 2, 1)
             mouseClick(findChild(dialog, "confirm"))
             const runner = store.runner("Pixel_Wipe")
             tryVerify(() => runner.lines.length > 0, 20000)
@@ -118,13 +122,44 @@ Item {
             tryVerify(() => runner.lines.length > 0 && runner.lines[0].indexOf("-wipe-data") < 0, 20000)
         }
 
+        // Another phone going away leaves a row as it was: its open details and an open question stay.
+        function test_rowsSurviveOtherPhonesGoing() {
+            sim.createPhone("Pixel_A")
+            sim.createPhone("Pixel_B")
+            sim.setBehaviour("emulator.crash")
+            const view = readyView()
+            tryVerify(() => rowFor(view, "Pixel_A") !== null && rowFor(view, "Pixel_B") !== null, 20000)
+            const row = rowFor(view, "Pixel_A")
+            mouseClick(findChild(row, "Start"))
+            tryVerify(() => findChild(row, "startFailure") !== null, 30000)
+            const box = findChild(row, "startFailure")
+            mouseClick(findChild(box, "showDetails"))
+            verify(box.open)
+
+            mouseClick(findChild(rowFor(view, "Pixel_B"), "Delete"))
+            const deleteDialog = findChild(view, "deleteDialog")
+            tryVerify(() => deleteDialog.opened)
+            mouseClick(findChild(deleteDialog, "confirm"))
+            tryVerify(() => !deleteDialog.visible)
+            mouseClick(findChild(row, "Wipe data"))
+            const wipeDialog = findChild(view, "wipeDialog")
+            tryVerify(() => wipeDialog.opened)
+            tryVerify(() => store.phones.length === 1 && !store.isLoading, 20000)
+            wait(100)
+            compare(rowFor(view, "Pixel_A"), row)
+            verify(findChild(row, "startFailure").open)
+            verify(wipeDialog.opened)
+            compare(wipeDialog.title, "Wipe data on Pixel_A?")
+            mouseClick(findChild(wipeDialog, "cancel"))
+        }
+
         function test_deleteAfterConfirmation() {
             sim.createPhone("Pixel_Gone")
             const view = readyView()
             tryVerify(() => rowFor(view, "Pixel_Gone") !== null, 20000)
             const row = rowFor(view, "Pixel_Gone")
             mouseClick(findChild(row, "Delete"))
-            const dialog = findChild(row, "deleteDialog")
+            const dialog = findChild(view, "deleteDialog")
             tryVerify(() => dialog.opened)
             compare(dialog.title, "Delete Pixel_Gone?")
             mouseClick(findChild(dialog, "cancel"))
@@ -133,6 +168,11 @@ Item {
             mouseClick(findChild(row, "Delete"))
             tryVerify(() => dialog.opened)
             mouseClick(findChild(dialog, "confirm"))
+            // The row says what is happening and offers nothing until the phone is gone.
+            compare(findChild(row, "statusLabel").text, "Deleting")
+            verify(findChild(row, "statusBusy").visible)
+            for (const button of ["Start", "Stop", "Wipe data", "Delete"])
+                verify(!findChild(row, button).enabled, button)
             tryVerify(() => store.phones.length === 0, 20000)
             tryVerify(() => findChild(view, "noPhonesHint").visible, 20000)
         }
