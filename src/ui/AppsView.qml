@@ -159,6 +159,14 @@ ColumnLayout {
         Layout.leftMargin: 12
         Layout.rightMargin: 12
     }
+    FailureHint {
+        objectName: "packagesHint"
+        visible: view.target !== null && explained.what !== undefined
+        text: view.installer.packagesNote !== undefined ? view.installer.packagesNote : ""
+        Layout.fillWidth: true
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+    }
     ListView {
         objectName: "packageList"
         visible: view.target !== null
@@ -240,6 +248,16 @@ ColumnLayout {
                 color: view.installer.output.length > 0 ? "#f2f2f2" : "#a0a0a0"
             }
         }
+    }
+
+    FailureHint {
+        objectName: "outputHint"
+        text: view.installer.latestOutput
+        serial: view.serial
+        Layout.fillWidth: true
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+        Layout.bottomMargin: 12
     }
 
     FileDialog {

@@ -233,6 +233,12 @@ Dialog {
             job: sheet.store.imageJob
             Layout.fillWidth: true
         }
+        FailureHint {
+            id: imageHint
+            objectName: "imageHint"
+            text: imageHint.failedJobText(sheet.store.imageJob)
+            Layout.fillWidth: true
+        }
         Loader {
             active: sheet.errorText !== undefined
             visible: active
@@ -242,6 +248,11 @@ Dialog {
                 summary: "avdmanager could not create the phone."
                 details: sheet.errorText !== undefined ? sheet.errorText : ""
             }
+        }
+        FailureHint {
+            objectName: "createHint"
+            text: sheet.errorText !== undefined ? sheet.errorText : ""
+            Layout.fillWidth: true
         }
         RowLayout {
             Layout.fillWidth: true

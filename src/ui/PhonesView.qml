@@ -138,6 +138,13 @@ ColumnLayout {
             Layout.alignment: Qt.AlignTop
         }
     }
+    FailureHint {
+        objectName: "storeHint"
+        text: view.store.errorSummary !== undefined ? view.store.errorSummary + "\n" + view.store.errorDetails : ""
+        Layout.fillWidth: true
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+    }
     ColumnLayout {
         objectName: "rawListing"
         visible: view.store.rawPhoneListing !== undefined
