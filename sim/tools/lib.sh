@@ -39,8 +39,33 @@ sim_bar() {
     printf '\r[%s] %d%% %s' "$bar" "$1" "$2"
 }
 
-# sim_needs_java: sdkmanager and avdmanager are Java programs and refuse to run without one.
+# sim_failing NAME...: succeeds when the demo or a test asked, through the switch known-failure, for one
+# of these failures that people meet with the real tools.
+sim_failing() {
+    wanted=$(sim_behaviour known-failure) || return 1
+    for each in "$@"; do
+        [ "$wanted" = "$each" ] && return 0
+    done
+    return 1
+}
+
+# sim_needs_java: sdkmanager and avdmanager are Java programs and refuse to run without one, or with a
+# Java older than the one they were built for.
 sim_needs_java() {
+    if sim_failing java-missing; then
+        echo "The operation couldn’t be completed. Unable to locate a Java Runtime."
+        echo "Please visit http://www.java.com for information on installing Java."
+        echo
+        exit 1
+    fi
+    if sim_failing java-too-old; then
+        tool=$(basename "$0")
+        echo "Exception in thread \"main\" java.lang.UnsupportedClassVersionError: com/android/sdklib/tool/$tool/${tool}Cli has been compiled by a more recent version of the Java Runtime (class file version 61.0), this version of the Java Runtime only recognizes class file versions up to 52.0"
+        echo "	at java.lang.ClassLoader.defineClass1(Native Method)"
+        echo "	at java.lang.ClassLoader.defineClass(ClassLoader.java:756)"
+        echo "	at java.net.URLClassLoader.defineClass(URLClassLoader.java:473)"
+        exit 1
+    fi
     if [ -z "$JAVA_HOME" ] || [ ! -x "$JAVA_HOME/bin/java" ]; then
         echo "ERROR: JAVA_HOME is not set and no 'java' command could be found in your PATH."
         echo

@@ -1,6 +1,7 @@
 #include "ApkInstaller.h"
 
 #include "AndroidTools.h"
+#include "ApkArchive.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -84,6 +85,7 @@ void ApkInstaller::screenshot(const QString &serial)
 
 QCoro::Task<> ApkInstaller::installTask(QList<QUrl> urls, QString serial)
 {
+    beginAction();
     QStringList paths;
     for (const QUrl &url : std::as_const(urls)) {
         const QString path = url.path();
@@ -98,15 +100,111 @@ QCoro::Task<> ApkInstaller::installTask(QList<QUrl> urls, QString serial)
     QPointer<ApkInstaller> self(this);
     setBusy(true);
     for (const QString &path : std::as_const(paths)) {
-        log(QStringLiteral("Installing ") + QFileInfo(path).fileName() + QStringLiteral("..."));
-        const QStringList arguments = {QStringLiteral("install"), QStringLiteral("-r"), path};
-        auto running = AndroidTools::runADB(arguments, serial, std::nullopt);
-        const ProcessResult result = co_await std::move(running);
+        auto installing = installOne(path, serial);
+        co_await std::move(installing);
         if (!self)
             co_return;
-        // A failed install is reported like any other and does not stop the batch.
-        log(reply(result).value_or(QStringLiteral("(adb printed nothing; exit status ")
-            + QString::number(result.status) + QLatin1Char(')')));
+    }
+    setBusy(false);
+
+    auto listing = refreshPackagesTask(serial);
+    co_await std::move(listing);
+}
+
+QCoro::Task<> ApkInstaller::installOne(QString path, QString serial)
+{
+    QPointer<ApkInstaller> self(this);
+    log(QStringLiteral("Installing ") + QFileInfo(path).fileName() + QStringLiteral("..."));
+    auto checking = refusal(path, serial);
+    const std::optional<QString> refused = co_await std::move(checking);
+    if (!self)
+        co_return;
+    if (refused) {
+        log(*refused);
+        co_return;
+    }
+    const QStringList arguments = {QStringLiteral("install"), QStringLiteral("-r"), path};
+    auto running = AndroidTools::runADB(arguments, serial, std::nullopt);
+    const ProcessResult result = co_await std::move(running);
+    if (!self)
+        co_return;
+    log(reply(result).value_or(QStringLiteral("(adb printed nothing; exit status ")
+        + QString::number(result.status) + QLatin1Char(')')));
+}
+
+QCoro::Task<std::optional<QString>> ApkInstaller::refusal(QString path, QString serial)
+{
+    const QString file = QFileInfo(path).fileName();
+    const ApkArchive archive = ApkArchive::read(path);
+    if (!archive.isArchive()) {
+        co_return QStringLiteral(
+            "Not installed: %1 is not a zip archive (%2), so it cannot be an Android app. "
+            "Download it again, or ask its maker for the .apk file itself.")
+            .arg(file, archive.error());
+    }
+    if (archive.abis().isEmpty())
+        co_return std::nullopt;
+    QPointer<ApkInstaller> self(this);
+    auto asking = phoneAbis(serial);
+    const QStringList abis = co_await std::move(asking);
+    // When the phone cannot tell, adb decides.
+    if (!self || abis.isEmpty() || archive.runsOn(abis))
+        co_return std::nullopt;
+    co_return QStringLiteral("Not installed: %1 has native code only for %2, and this phone runs %3. "
+                             "Ask the app's maker for a build that includes %4 (or a universal APK).")
+        .arg(file, archive.abis().join(QStringLiteral(", ")), abis.join(QStringLiteral(", ")), abis.first());
+}
+
+QCoro::Task<QStringList> ApkInstaller::phoneAbis(QString serial)
+{
+    if (m_phoneAbis.contains(serial))
+        co_return m_phoneAbis.value(serial);
+    const QStringList arguments
+        = {QStringLiteral("shell"), QStringLiteral("getprop"), QStringLiteral("ro.product.cpu.abilist")};
+    const std::optional<double> timeout = listTimeout;
+    QPointer<ApkInstaller> self(this);
+    auto running = AndroidTools::runADB(arguments, serial, timeout);
+    const ProcessResult result = co_await std::move(running);
+    const QStringList abis = result.text.trimmed().split(QLatin1Char(','), Qt::SkipEmptyParts);
+    if (!self || !result.isClean() || abis.isEmpty())
+        co_return QStringList();
+    m_phoneAbis.insert(serial, abis);
+    co_return abis;
+}
+
+void ApkInstaller::keepPhonesOnly(const QStringList &runningSerials)
+{
+    for (auto it = m_phoneAbis.begin(); it != m_phoneAbis.end();) {
+        if (runningSerials.contains(it.key()))
+            ++it;
+        else
+            it = m_phoneAbis.erase(it);
+    }
+}
+
+void ApkInstaller::reinstall(const QString &package, const QString &path, const QString &serial)
+{
+    reinstallTask(package, path, serial);
+}
+
+QCoro::Task<> ApkInstaller::reinstallTask(QString package, QString path, QString serial)
+{
+    beginAction();
+    setBusy(true);
+    log(QStringLiteral("Uninstalling ") + package + QStringLiteral("..."));
+    const QStringList arguments = {QStringLiteral("uninstall"), package};
+    const std::optional<double> timeout = uninstallTimeout;
+    QPointer<ApkInstaller> self(this);
+    auto running = AndroidTools::runADB(arguments, serial, timeout);
+    const ProcessResult result = co_await std::move(running);
+    if (!self)
+        co_return;
+    log(reply(result).value_or(QStringLiteral("(no output)")));
+    if (result.isClean()) {
+        auto installing = installOne(path, serial);
+        co_await std::move(installing);
+        if (!self)
+            co_return;
     }
     setBusy(false);
 
@@ -148,6 +246,7 @@ QCoro::Task<> ApkInstaller::refreshPackagesTask(QString serial)
 
 QCoro::Task<> ApkInstaller::uninstallTask(QString package, QString serial)
 {
+    beginAction();
     setBusy(true);
     log(QStringLiteral("Uninstalling ") + package + QStringLiteral("..."));
     const QStringList arguments = {QStringLiteral("uninstall"), package};
@@ -166,6 +265,7 @@ QCoro::Task<> ApkInstaller::uninstallTask(QString package, QString serial)
 
 QCoro::Task<> ApkInstaller::screenshotTask(QString serial)
 {
+    beginAction();
     setBusy(true);
     const QStringList arguments
         = {QStringLiteral("exec-out"), QStringLiteral("screencap"), QStringLiteral("-p")};
@@ -210,6 +310,15 @@ void ApkInstaller::log(const QString &message)
     if (!m_output.isEmpty())
         m_output += QLatin1Char('\n');
     m_output += message;
+    if (!m_latestOutput.isEmpty())
+        m_latestOutput += QLatin1Char('\n');
+    m_latestOutput += message;
+    Q_EMIT outputChanged();
+}
+
+void ApkInstaller::beginAction()
+{
+    m_latestOutput.clear();
     Q_EMIT outputChanged();
 }
 

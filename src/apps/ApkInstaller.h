@@ -3,6 +3,7 @@
 #include "ProcessResult.h"
 #include "SaveLocationChooser.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -26,6 +27,7 @@ class ApkInstaller : public QObject
     Q_PROPERTY(bool busy READ busy NOTIFY busyChanged)
     Q_PROPERTY(QStringList packages READ packages NOTIFY packagesChanged)
     Q_PROPERTY(QVariant packagesNote READ packagesNoteVariant NOTIFY packagesNoteChanged)
+    Q_PROPERTY(QString latestOutput READ latestOutput NOTIFY outputChanged)
 
 public:
     static constexpr double listTimeout = 10.0; // seconds
@@ -39,6 +41,8 @@ public:
     bool busy() const { return m_busy; }
     QStringList packages() const { return m_packages; }
     std::optional<QString> packagesNote() const { return m_packagesNote; }
+    // What the latest install, uninstall or screenshot logged, for explaining its failure.
+    QString latestOutput() const { return m_latestOutput; }
 
     // Asked where each screenshot goes; without one, a screenshot is dropped as if the user cancelled.
     void setSaveLocationChooser(SaveLocationChooser *chooser);
@@ -47,12 +51,19 @@ public:
     Q_INVOKABLE void refreshPackages(const QString &serial);
     Q_INVOKABLE void uninstall(const QString &package, const QString &serial);
     Q_INVOKABLE void screenshot(const QString &serial);
+    // Removes the installed app, with its data, and installs the file again: what an app signed by
+    // someone else needs.
+    Q_INVOKABLE void reinstall(const QString &package, const QString &path, const QString &serial);
+    // Forgets what it learnt about phones that are no longer running: a serial can come back as
+    // another phone.
+    Q_INVOKABLE void keepPhonesOnly(const QStringList &runningSerials);
 
     // The same actions, for callers that wait for the end.
     QCoro::Task<> installTask(QList<QUrl> urls, QString serial);
     QCoro::Task<> refreshPackagesTask(QString serial);
     QCoro::Task<> uninstallTask(QString package, QString serial);
     QCoro::Task<> screenshotTask(QString serial);
+    QCoro::Task<> reinstallTask(QString package, QString path, QString serial);
 
 Q_SIGNALS:
     void outputChanged();
@@ -67,6 +78,15 @@ private:
 
     // Appends one message to the log, on a line of its own.
     void log(const QString &message);
+    // Starts what latestOutput holds.
+    void beginAction();
+    // Why the file must not go to the phone, or none; asks the phone for its ABIs when the app has
+    // native code.
+    QCoro::Task<std::optional<QString>> refusal(QString path, QString serial);
+    // The phone's ABIs, asked once while it runs; empty when adb could not tell.
+    QCoro::Task<QStringList> phoneAbis(QString serial);
+    // Logs its own lines; a failure is reported like any other and does not stop a batch.
+    QCoro::Task<> installOne(QString path, QString serial);
     void saveScreenshot(const QString &path, const QByteArray &png);
     void setBusy(bool busy);
     void setPackages(const QStringList &packages);
@@ -76,5 +96,7 @@ private:
     bool m_busy = false;
     QStringList m_packages;
     std::optional<QString> m_packagesNote;
+    QString m_latestOutput;
+    QHash<QString, QStringList> m_phoneAbis; // by serial
     QPointer<SaveLocationChooser> m_chooser;
 };

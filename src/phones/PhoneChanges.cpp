@@ -5,7 +5,11 @@
 #include "AndroidTools.h"
 #include "ToolRunner.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QPointer>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -113,4 +117,182 @@ QCoro::Task<bool> PhoneStore::installImageTask(SystemImage image)
     auto loading = loadImagesTask();
     co_await std::move(loading);
     co_return result.isClean();
+}
+
+QStringList PhoneStore::lockFiles(const QString &avdPath)
+{
+    if (avdPath.isEmpty())
+        return {};
+    const QDir folder(avdPath);
+    QStringList paths;
+    const QStringList names = folder.entryList({QStringLiteral("*.lock")},
+        QDir::Files | QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System);
+    for (const QString &name : names)
+        paths.append(folder.filePath(name));
+    return paths;
+}
+
+QString PhoneStore::avdPath(const QString &name) const
+{
+    for (const AVDInfo &phone : m_phones) {
+        if (phone.name == name)
+            return phone.path;
+    }
+    return QString();
+}
+
+QCoro::Task<QStringList> PhoneStore::phonesSeenByAdb()
+{
+    QPointer<PhoneStore> self(this);
+    const std::optional<double> timeout = EmulatorProcess::adbTimeout;
+    auto listing = AndroidTools::runADB({QStringLiteral("devices")}, std::nullopt, timeout);
+    const ProcessResult devices = co_await std::move(listing);
+    QStringList names;
+    if (!self || !devices.isClean())
+        co_return names;
+    // "emulator-5554<TAB>device", whatever its state; the emulator's console names its phone.
+    static const QRegularExpression emulator(
+        QStringLiteral("^(emulator-\\d+)\\s"), QRegularExpression::MultilineOption);
+    auto matches = emulator.globalMatch(devices.text);
+    while (matches.hasNext()) {
+        const QString serial = matches.next().captured(1);
+        const QStringList arguments {QStringLiteral("emu"), QStringLiteral("avd"), QStringLiteral("name")};
+        auto asking = AndroidTools::runADB(arguments, serial, timeout);
+        const ProcessResult answer = co_await std::move(asking);
+        if (!self)
+            co_return names;
+        const QString name = answer.text.section(QLatin1Char('\n'), 0, 0).trimmed();
+        if (answer.isClean() && !name.isEmpty())
+            names.append(name);
+    }
+    co_return names;
+}
+
+void PhoneStore::checkLocks(const QStringList &names)
+{
+    checkLocksTask(names);
+}
+
+QCoro::Task<> PhoneStore::checkLocksTask(QStringList names)
+{
+    QPointer<PhoneStore> self(this);
+    const auto stoppedWithLocks = [this](const QString &name) {
+        const EmulatorProcess *phone = m_runners.value(name);
+        return (!phone || phone->state() == EmulatorProcess::State::Stopped)
+            && !lockFiles(avdPath(name)).isEmpty();
+    };
+    QStringList candidates;
+    std::copy_if(names.begin(), names.end(), std::back_inserter(candidates), stoppedWithLocks);
+    // Only a phone with locks is worth asking adb about.
+    QStringList seen;
+    if (!candidates.isEmpty()) {
+        auto asking = phonesSeenByAdb();
+        seen = co_await std::move(asking);
+        if (!self)
+            co_return;
+    }
+    QStringList locked;
+    for (const QString &name : std::as_const(m_lockedPhones)) {
+        if (!names.contains(name))
+            locked.append(name);
+    }
+    for (const QString &name : std::as_const(candidates)) {
+        // Looked at again: the phone may have started while adb answered.
+        if (!seen.contains(name) && stoppedWithLocks(name))
+            locked.append(name);
+    }
+    setLockedPhones(locked);
+}
+
+void PhoneStore::runnerStateChanged(EmulatorProcess *runner)
+{
+    const QString name = runner->name();
+    if (runner->state() == EmulatorProcess::State::Stopped) {
+        checkLocks({name});
+    } else if (m_lockedPhones.contains(name)) {
+        QStringList locked = m_lockedPhones;
+        locked.removeAll(name);
+        setLockedPhones(locked);
+    }
+}
+
+void PhoneStore::setLockedPhones(const QStringList &names)
+{
+    m_lockedPhones = names;
+    Q_EMIT lockedPhonesChanged();
+}
+
+void PhoneStore::removeLockAndStart(const QString &name, const StartOptions &options)
+{
+    removeLockAndStartTask(name, options);
+}
+
+QCoro::Task<> PhoneStore::removeLockAndStartTask(QString name, StartOptions options)
+{
+    QPointer<PhoneStore> self(this);
+    if (runner(name)->state() != EmulatorProcess::State::Stopped)
+        co_return;
+    auto asking = phonesSeenByAdb();
+    const QStringList seen = co_await std::move(asking);
+    if (!self)
+        co_return;
+    // A lock of a running emulator is never touched.
+    if (seen.contains(name)) {
+        setError(name + QStringLiteral(" is running outside Tolvane, so its lock stays."),
+            QStringLiteral("adb lists an emulator for this phone. Close that emulator's window first."));
+        co_return;
+    }
+    if (runner(name)->state() != EmulatorProcess::State::Stopped)
+        co_return;
+    QStringList failed;
+    for (const QString &path : lockFiles(avdPath(name))) {
+        const bool removed = QFileInfo(path).isDir() && !QFileInfo(path).isSymLink()
+            ? QDir(path).removeRecursively()
+            : QFile::remove(path);
+        if (!removed)
+            failed.append(path);
+    }
+    if (!failed.isEmpty()) {
+        setError(QStringLiteral("Could not remove the lock of ") + name + QLatin1Char('.'),
+            failed.join(QLatin1Char('\n')));
+        co_return;
+    }
+    QStringList locked = m_lockedPhones;
+    locked.removeAll(name);
+    setLockedPhones(locked);
+    start(name, options);
+}
+
+void PhoneStore::installImageFor(const QString &name)
+{
+    installImageForTask(name);
+}
+
+QCoro::Task<bool> PhoneStore::installImageForTask(QString name)
+{
+    // config.ini names the image's folder below the SDK root, e.g.
+    // system-images/android-34/google_apis/arm64-v8a/
+    QFile config(avdPath(name) + QStringLiteral("/config.ini"));
+    QString folder;
+    if (config.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        const QString prefix = QStringLiteral("image.sysdir.1=");
+        const QStringList lines = QString::fromUtf8(config.readAll()).split(QLatin1Char('\n'));
+        for (const QString &line : lines) {
+            if (line.trimmed().startsWith(prefix))
+                folder = line.trimmed().mid(prefix.size()).trimmed();
+        }
+    }
+    const QStringList parts = folder.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    if (parts.size() != 4 || !parts[1].startsWith(QLatin1String("android-"))) {
+        setError(QStringLiteral("Could not tell which system image ") + name + QStringLiteral(" needs."),
+            QStringLiteral("Its config.ini names no system image folder."));
+        co_return false;
+    }
+    SystemImage image;
+    image.id = parts.join(QLatin1Char(';'));
+    image.api = parts[1].mid(8).toLongLong();
+    image.variant = parts[2];
+    auto installing = installImageTask(image);
+    const bool installed = co_await std::move(installing);
+    co_return installed;
 }

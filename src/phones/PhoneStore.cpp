@@ -64,7 +64,8 @@ PhoneStore::PhoneStore(QObject *parent)
              &PhoneStore::isLoadingChanged, &PhoneStore::imagesLoadingChanged,
              &PhoneStore::devicesLoadingChanged, &PhoneStore::rawPhoneListingChanged,
              &PhoneStore::rawDeviceListingChanged, &PhoneStore::rawImageListingChanged,
-             &PhoneStore::errorSummaryChanged, &PhoneStore::errorDetailsChanged})
+             &PhoneStore::errorSummaryChanged, &PhoneStore::errorDetailsChanged,
+             &PhoneStore::lockedPhonesChanged})
         connect(this, signal, this, &PhoneStore::changed);
     // With the store as context, the connection ends with the store and never keeps it alive.
     connect(m_imageJob, &JobRunner::changed, this, &PhoneStore::changed);
@@ -77,6 +78,7 @@ EmulatorProcess *PhoneStore::runner(const QString &name)
     auto *made = new EmulatorProcess(name, this);
     connect(made, &EmulatorProcess::changed, this, &PhoneStore::changed);
     connect(made, &EmulatorProcess::stateChanged, this, &PhoneStore::runnersChanged);
+    connect(made, &EmulatorProcess::stateChanged, this, [this, made] { runnerStateChanged(made); });
     m_runners.insert(name, made);
     Q_EMIT runnersChanged();
     Q_EMIT changed();
@@ -188,6 +190,10 @@ QCoro::Task<> PhoneStore::refreshTask()
         setRawPhoneListing(result.text.trimmed());
     else
         setRawPhoneListing(std::nullopt);
+    QStringList names;
+    for (const AVDInfo &phone : std::as_const(m_phones))
+        names.append(phone.name);
+    checkLocks(names);
 }
 
 QCoro::Task<> PhoneStore::loadDevicesTask()

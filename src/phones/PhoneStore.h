@@ -39,6 +39,7 @@ class PhoneStore : public QObject
     Q_PROPERTY(JobRunner *imageJob READ imageJob CONSTANT)
     Q_PROPERTY(QList<EmulatorProcess *> allRunners READ allRunners NOTIFY runnersChanged)
     Q_PROPERTY(QList<EmulatorProcess *> runningRunners READ runningRunners NOTIFY runnersChanged)
+    Q_PROPERTY(QStringList lockedPhones READ lockedPhones NOTIFY lockedPhonesChanged)
 
 public:
     static constexpr int firstConsolePort = 5554;
@@ -101,6 +102,20 @@ public:
     // True when the install ran cleanly; the images are reloaded in every case.
     QCoro::Task<bool> installImageTask(SystemImage image);
 
+    // Stopped phones whose folder still holds an emulator's lock files while nothing runs them: their
+    // emulator did not shut down cleanly.
+    QStringList lockedPhones() const { return m_lockedPhones; }
+    // The lock files and folders an emulator keeps in a phone's folder while it runs.
+    static QStringList lockFiles(const QString &avdPath);
+    // Looks at these phones' folders again.
+    QCoro::Task<> checkLocksTask(QStringList names);
+    // Removes a stopped phone's lock files, unless something still runs it, then starts it.
+    Q_INVOKABLE void removeLockAndStart(const QString &name, const StartOptions &options);
+    QCoro::Task<> removeLockAndStartTask(QString name, StartOptions options);
+    // Installs the system image the phone was made from, in imageJob.
+    Q_INVOKABLE void installImageFor(const QString &name);
+    QCoro::Task<bool> installImageForTask(QString name);
+
 Q_SIGNALS:
     void phonesChanged();
     void devicesChanged();
@@ -119,6 +134,7 @@ Q_SIGNALS:
     void deleteFinished(const QString &name);
     // A runner was made or removed, or one changed state.
     void runnersChanged();
+    void lockedPhonesChanged();
     // Any of the above, and every change of the image job or of a runner.
     void changed();
 
@@ -145,6 +161,12 @@ private:
     static QString failureDetails(const ProcessResult &result);
     void removeRunner(const QString &name);
     QCoro::Task<> createAndAnnounceTask(QString name, DeviceDef device, SystemImage image);
+    // The names of the phones that adb sees running: ours and any started elsewhere.
+    QCoro::Task<QStringList> phonesSeenByAdb();
+    QString avdPath(const QString &name) const;
+    void checkLocks(const QStringList &names);
+    void runnerStateChanged(EmulatorProcess *runner);
+    void setLockedPhones(const QStringList &names);
 
     QList<AVDInfo> m_phones;
     QList<DeviceDef> m_devices;
@@ -160,4 +182,5 @@ private:
     JobRunner *m_imageJob;
     // Keyed by phone name, so the values come out in name order.
     QMap<QString, EmulatorProcess *> m_runners;
+    QStringList m_lockedPhones;
 };

@@ -173,6 +173,14 @@ ColumnLayout {
         Layout.leftMargin: 12
         Layout.rightMargin: 12
     }
+    FailureHint {
+        objectName: "packagesHint"
+        visible: view.target !== null && explained.what !== undefined
+        text: view.installer.packagesNote !== undefined ? view.installer.packagesNote : ""
+        Layout.fillWidth: true
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+    }
     ListView {
         objectName: "packageList"
         visible: view.target !== null
@@ -259,6 +267,16 @@ ColumnLayout {
                 Accessible.readOnly: true
             }
         }
+    }
+
+    FailureHint {
+        objectName: "outputHint"
+        text: view.installer.latestOutput
+        serial: view.serial
+        Layout.fillWidth: true
+        Layout.leftMargin: 12
+        Layout.rightMargin: 12
+        Layout.bottomMargin: 12
     }
 
     Component {

@@ -293,6 +293,12 @@ Dialog {
                 job: sheet.store.imageJob
                 Layout.fillWidth: true
             }
+            FailureHint {
+                id: imageHint
+                objectName: "imageHint"
+                text: imageHint.failedJobText(sheet.store.imageJob)
+                Layout.fillWidth: true
+            }
 
             // The outcome of the last creation.
             Loader {
@@ -304,6 +310,11 @@ Dialog {
                     summary: "avdmanager could not create the phone."
                     details: sheet.errorText !== undefined ? sheet.errorText : ""
                 }
+            }
+            FailureHint {
+                objectName: "createHint"
+                text: sheet.errorText !== undefined ? sheet.errorText : ""
+                Layout.fillWidth: true
             }
         }
     }

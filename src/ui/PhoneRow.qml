@@ -142,4 +142,22 @@ ColumnLayout {
             details: row.runner.failure !== undefined ? row.runner.failure : ""
         }
     }
+    FailureHint {
+        id: failureHint
+        objectName: "failureHint"
+        text: row.runner && row.runner.failure !== undefined ? row.runner.failure : ""
+        phone: row.phone.name
+        startOptions: row.options
+        fixEnabled: row.stopped && !row.emulatorMissing
+        Layout.fillWidth: true
+    }
+    FailureHint {
+        objectName: "lockHint"
+        explained: row.stopped && failureHint.fix !== "removeLock" && row.store.lockedPhones.includes(row.phone.name)
+                   ? KnownFailures.staleLock(row.phone.name) : ({})
+        phone: row.phone.name
+        startOptions: row.options
+        fixEnabled: row.stopped && !row.emulatorMissing
+        Layout.fillWidth: true
+    }
 }

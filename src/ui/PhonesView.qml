@@ -198,6 +198,11 @@ Item {
                 Layout.alignment: Qt.AlignTop
             }
         }
+        FailureHint {
+            objectName: "storeHint"
+            text: view.store.errorSummary !== undefined ? view.store.errorSummary + "\n" + view.store.errorDetails : ""
+            Layout.fillWidth: true
+        }
         ColumnLayout {
             objectName: "rawListing"
             visible: view.store.rawPhoneListing !== undefined

@@ -190,6 +190,14 @@ ScrollView {
             Layout.leftMargin: 12
             Layout.rightMargin: 12
         }
+        FailureHint {
+            id: setupHint
+            objectName: "setupHint"
+            text: (view.setup.message !== undefined ? view.setup.message + "\n" : "") + setupHint.failedJobText(view.setup.job)
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+        }
 
         TextEdit {
             objectName: "sdkFolder"

@@ -34,6 +34,13 @@ TolvaneApp::TolvaneApp(QObject *parent)
     , m_saveChooser(new DialogSaveLocationChooser(this))
 {
     m_installer->setSaveLocationChooser(m_saveChooser);
+    // What the installer learnt about a phone lasts while that phone runs.
+    connect(m_store, &PhoneStore::runnersChanged, m_installer, [this] {
+        QStringList serials;
+        for (const EmulatorProcess *runner : m_store->runningRunners())
+            serials.append(runner->serial());
+        m_installer->keepPhonesOnly(serials);
+    });
     theApp = this;
 }
 

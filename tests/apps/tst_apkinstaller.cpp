@@ -1,6 +1,7 @@
 #include "AndroidTools.h"
 #include "ApkInstaller.h"
 #include "DialogSaveLocationChooser.h"
+#include "SimApk.h"
 #include "SimHost.h"
 #include "TestFiles.h"
 
@@ -58,16 +59,20 @@ class TestApkInstaller : public QObject
 
     QString path(const QString &name) const { return m_dir->filePath(name); }
 
-    // Each named file exists, holding a few bytes.
-    QList<QUrl> files(const QStringList &names) const
+    // Each named file exists: an app with native code for `abis` where the name says .apk, else text.
+    QList<QUrl> files(const QStringList &names, const QStringList &abis = {}) const
     {
         QList<QUrl> urls;
         for (const QString &name : names) {
-            writeFile(path(name), "PK\x03\x04");
+            if (name.endsWith(QLatin1String(".apk"), Qt::CaseInsensitive) && abis != QStringList {"text"})
+                SimApk::write(path(name), abis);
+            else
+                writeFile(path(name), "PK\x03\x04 but no archive");
             urls.append(QUrl::fromLocalFile(path(name)));
         }
         return urls;
     }
+    int installsRun() const { return int(m_sim->adbCalls().filter(QStringLiteral(" install ")).size()); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -87,7 +92,8 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        for (const char *key : {"adb.silent", "adb.pm.output", "adb.pm.fail", "adb.screencap.output"})
+        for (const char *key : {"adb.silent", "adb.pm.output", "adb.pm.fail", "adb.screencap.output",
+                 "adb.abilist", "known-failure"})
             m_sim->clearBehaviour(QLatin1String(key));
     }
 
@@ -132,26 +138,46 @@ private Q_SLOTS:
     void install_data()
     {
         QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QStringList>("abis"); // of every .apk; "text" for a file that is no archive
         QTest::addColumn<QString>("behaviour");
         QTest::addColumn<QString>("output");
         QTest::addColumn<QStringList>("packages");
+        QTest::addColumn<int>("installsRun");
 
         QTest::newRow("one of three is not an apk")
-            << QStringList {"zeta.apk", "notes.txt", "Alpha.APK"} << QString()
+            << QStringList {"zeta.apk", "notes.txt", "Alpha.APK"} << QStringList() << QString()
             << QStringLiteral("Installing zeta.apk...\nPerforming Streamed Install\nSuccess\n"
                               "Installing Alpha.APK...\nPerforming Streamed Install\nSuccess")
-            << QStringList {"com.example.alpha", "com.example.zeta"};
+            << QStringList {"com.example.alpha", "com.example.zeta"} << 2;
         QTest::newRow("a failed install does not stop the batch")
-            << QStringList {"broken.apk", "good.Apk"} << QString()
+            << QStringList {"broken.apk", "good.Apk"} << QStringList() << QString()
             << QStringLiteral("Installing broken.apk...\nPerforming Streamed Install\nadb: failed to install "
                               "<folder>/broken.apk: Failure [INSTALL_PARSE_FAILED_NOT_APK: Failed parse "
                               "during installPackageLI: Failed to parse <folder>/broken.apk]\n"
                               "Installing good.Apk...\nPerforming Streamed Install\nSuccess")
-            << QStringList {"com.example.good"};
+            << QStringList {"com.example.good"} << 2;
         QTest::newRow("install that prints nothing")
-            << QStringList {"quiet.apk"} << QStringLiteral("adb.silent")
+            << QStringList {"quiet.apk"} << QStringList() << QStringLiteral("adb.silent")
             << QStringLiteral("Installing quiet.apk...\n(adb printed nothing; exit status 1)")
-            << QStringList {};
+            << QStringList {} << 1;
+        QTest::newRow("native code only for x86_64 never reaches adb install")
+            << QStringList {"game.apk"} << QStringList {"x86", "x86_64"} << QString()
+            << QStringLiteral(
+                   "Installing game.apk...\nNot installed: game.apk has native code only for x86, x86_64, "
+                   "and this phone runs arm64-v8a. Ask the app's maker for a build that includes "
+                   "arm64-v8a (or a universal APK).")
+            << QStringList {} << 0;
+        QTest::newRow("native code for arm64 installs")
+            << QStringList {"com.example.arm.apk"} << QStringList {"arm64-v8a", "x86_64"} << QString()
+            << QStringLiteral("Installing com.example.arm.apk...\nPerforming Streamed Install\nSuccess")
+            << QStringList {"com.example.arm"} << 1;
+        QTest::newRow("a file that is no zip archive never reaches adb install")
+            << QStringList {"fake.apk"} << QStringList {"text"} << QString()
+            << QStringLiteral(
+                   "Installing fake.apk...\nNot installed: fake.apk is not a zip archive (Not a zip "
+                   "archive), so it cannot be an Android app. Download it again, or ask its maker for "
+                   "the .apk file itself.")
+            << QStringList {} << 0;
     }
 
     void install()
@@ -160,10 +186,13 @@ private Q_SLOTS:
         QFETCH(QString, behaviour);
         QFETCH(QString, output);
         QFETCH(QStringList, packages);
+        QFETCH(QStringList, abis);
+        QFETCH(int, installsRun);
 
         if (!behaviour.isEmpty())
             m_sim->setBehaviour(behaviour);
-        const QList<QUrl> urls = files(names);
+        const QList<QUrl> urls = files(names, abis);
+        const int installsBefore = this->installsRun();
         ApkInstaller installer;
         QSignalSpy busy(&installer, &ApkInstaller::busyChanged);
         QList<bool> busyWhileListed;
@@ -171,13 +200,38 @@ private Q_SLOTS:
             [&] { busyWhileListed.append(installer.busy()); });
 
         installer.install(urls, serial);
-        QVERIFY(installer.busy());
+        // A file refused without asking the phone is done before install() returns.
+        QVERIFY(installer.busy() || abis == QStringList {"text"});
         QTRY_COMPARE(busyWhileListed.size(), 1);
         QCOMPARE(installer.output(), output.replace(QStringLiteral("<folder>"), m_dir->path()));
         QCOMPARE(installer.packages(), packages);
         // busy covers the installs only; the listing that follows runs with it clear.
         QCOMPARE(busy.count(), 2);
         QCOMPARE(busyWhileListed, QList<bool> {false});
+        QCOMPARE(this->installsRun() - installsBefore, installsRun);
+    }
+
+    // The phone is asked for its ABIs once while it runs, and again once it may be another phone.
+    void phoneAbisAskedOncePerRun()
+    {
+        const auto asked
+            = [&] { return m_sim->adbCalls().filter(QStringLiteral("ro.product.cpu.abilist")).size(); };
+        const qsizetype before = asked();
+        m_sim->setBehaviour(QStringLiteral("adb.abilist"), "x86_64,x86\n");
+        ApkInstaller installer;
+        QCoro::waitFor(
+            installer.installTask(files({"com.example.a.apk", "com.example.b.apk"}, {"x86_64"}), serial));
+        QCOMPARE(asked() - before, 1);
+        QCOMPARE(installer.packages(), QStringList({"com.example.a", "com.example.b"}));
+        installer.keepPhonesOnly({serial});
+        QCoro::waitFor(installer.installTask(files({"com.example.a.apk"}, {"x86_64"}), serial));
+        QCOMPARE(asked() - before, 1);
+        installer.keepPhonesOnly({});
+        m_sim->clearBehaviour(QStringLiteral("adb.abilist"));
+        QCoro::waitFor(installer.installTask(files({"com.example.c.apk"}, {"x86_64"}), serial));
+        QCOMPARE(asked() - before, 2);
+        QVERIFY(installer.latestOutput().startsWith(
+            QStringLiteral("Installing com.example.c.apk...\nNot installed:")));
     }
 
     void listing_data()

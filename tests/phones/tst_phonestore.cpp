@@ -3,7 +3,9 @@
 #include "SimHost.h"
 #include <csignal>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QPointer>
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -314,6 +316,54 @@ private Q_SLOTS:
             QStringLiteral("$ emulator -avd Pixel_7_API_34 -port 5554 -no-snapshot-load -scale 0.75 -gpu "
                            "swiftshader_indirect"));
         QTRY_COMPARE(phone->state(), State::Running);
+        stopAll(store);
+    }
+
+    // An emulator that crashed leaves its locks: the phone is offered "Remove lock and start", which removes
+    // exactly the locks and starts it. A running phone, ours or one started elsewhere, never is.
+    void staleLocks()
+    {
+        const QString other = QStringLiteral("Other");
+        m_sim->createPhone(pixel7);
+        m_sim->createPhone(other);
+        const QString folder
+            = m_root->filePath(QStringLiteral(".android/avd/") + pixel7 + QStringLiteral(".avd"));
+        PhoneStore store;
+        QCoro::waitFor(store.refreshTask());
+        EmulatorProcess *phone = store.runner(pixel7);
+
+        store.start(pixel7, StartOptions {});
+        QTRY_COMPARE(phone->state(), State::Running);
+        m_sim->startPhone(other, 5556);
+        QVERIFY(!PhoneStore::lockFiles(folder).isEmpty());
+        QCoro::waitFor(store.checkLocksTask({pixel7, other}));
+        QCOMPARE(store.lockedPhones(), QStringList());
+        QCoro::waitFor(store.removeLockAndStartTask(other, StartOptions {}));
+        QCOMPARE(
+            store.errorSummary(), QStringLiteral("Other is running outside Tolvane, so its lock stays."));
+        QVERIFY(!PhoneStore::lockFiles(m_root->filePath(QStringLiteral(".android/avd/Other.avd"))).isEmpty());
+        QCoro::waitFor(phone->stopTask());
+        QTRY_COMPARE(phone->state(), State::Stopped);
+        QVERIFY(PhoneStore::lockFiles(folder).isEmpty());
+
+        m_sim->setBehaviour(QStringLiteral("emulator.die"));
+        store.start(pixel7, StartOptions {});
+        QTRY_COMPARE(phone->state(), State::Stopped);
+        QTRY_COMPARE(store.lockedPhones(), QStringList {pixel7});
+        m_sim->clearBehaviour(QStringLiteral("emulator.die"));
+        QStringList rest = QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+        for (const QString &lock : PhoneStore::lockFiles(folder))
+            rest.removeAll(QFileInfo(lock).fileName());
+        QCOMPARE(rest.size() + 3, QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size());
+
+        store.removeLockAndStart(pixel7, StartOptions {});
+        QTRY_COMPARE(phone->state(), State::Starting);
+        QCOMPARE(store.lockedPhones(), QStringList());
+        QTRY_COMPARE(phone->state(), State::Running);
+        QStringList now = QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+        for (const QString &lock : PhoneStore::lockFiles(folder))
+            now.removeAll(QFileInfo(lock).fileName());
+        QCOMPARE(now, rest);
         stopAll(store);
     }
 

@@ -1,10 +1,12 @@
 #include "SimControl.h"
 
 #include "Host.h"
+#include "SimApk.h"
 
 #include <QClipboard>
 #include <QFile>
 #include <QGuiApplication>
+#include <QUrl>
 
 SimControl::SimControl(QObject *parent)
     : QObject(parent)
@@ -38,6 +40,13 @@ QString SimControl::writeFile(const QString &name, const QString &content) const
     if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         file.write(content.toUtf8());
     return path;
+}
+
+QString SimControl::writeApk(const QString &name, const QStringList &abis) const
+{
+    const QString path = m_host->root() + QLatin1Char('/') + name;
+    SimApk::write(path, abis);
+    return QUrl::fromLocalFile(path).toString();
 }
 
 bool SimControl::isPng(const QString &path) const

@@ -34,9 +34,12 @@ public:
     {
         m_host->setBehaviour(key, value.toUtf8());
     }
+    Q_INVOKABLE void clearBehaviour(const QString &key) { m_host->clearBehaviour(key); }
     Q_INVOKABLE QString root() const { return m_host->root(); }
     // Writes a file below the root and returns its path.
     Q_INVOKABLE QString writeFile(const QString &name, const QString &content) const;
+    // Writes a real .apk below the root, with native code for these ABIs, and returns its file URL.
+    Q_INVOKABLE QString writeApk(const QString &name, const QStringList &abis = {}) const;
     Q_INVOKABLE bool isPng(const QString &path) const;
     Q_INVOKABLE QString clipboardText() const;
     Q_INVOKABLE QString sdkRoot() const { return m_host->sdkRoot(); }

@@ -372,14 +372,47 @@ int main(int argc, char *argv[])
             ApkInstaller *installer = shot.app->installer();
             const QString serial = QStringLiteral("emulator-5554");
             QList<QUrl> apps;
-            for (const char *name : {"com.example.notes.apk", "org.example.maps.apk", "readme.txt"}) {
-                const QString path = gallery.sim.writeFile(QString::fromLatin1(name), QStringLiteral("PK"));
-                apps << QUrl::fromLocalFile(path);
-            }
+            for (const char *name : {"com.example.notes.apk", "org.example.maps.apk"})
+                apps << QUrl(gallery.sim.writeApk(QString::fromLatin1(name)));
+            apps << QUrl::fromLocalFile(
+                gallery.sim.writeFile(QStringLiteral("readme.txt"), QStringLiteral("PK")));
             shot.selectTab(2);
             auto installing = installer->installTask(apps, serial);
             QCoro::waitFor(std::move(installing));
             waitUntil([&] { return installer->packages().size() == 2; });
+            return nullptr;
+        });
+    gallery.shoot(QStringLiteral("21-apps-abi-refused"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
+        startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Running);
+        shot.selectTab(2);
+        const QUrl game(gallery.sim.writeApk(QStringLiteral("Racing Game.apk"), {QStringLiteral("x86_64")}));
+        auto installing = shot.app->installer()->installTask({game}, QStringLiteral("emulator-5554"));
+        QCoro::waitFor(std::move(installing));
+        return nullptr;
+    });
+    gallery.shoot(
+        QStringLiteral("22-phones-system-image-missing"),
+        [&](SimHost &host) {
+            readyWithPhones(host);
+            QDir(host.sdkRoot() + QStringLiteral("/system-images/android-34")).removeRecursively();
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            phonesTab(shot);
+            EmulatorProcess *runner
+                = startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Stopped);
+            waitUntil([&] { return runner->failure().has_value(); });
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("23-phones-stale-lock"),
+        [&](SimHost &host) {
+            readyWithPhones(host);
+            host.setBehaviour(QStringLiteral("emulator.die"));
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            phonesTab(shot);
+            startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Stopped);
+            waitUntil([&] { return !shot.app->store()->lockedPhones().isEmpty(); });
             return nullptr;
         });
 

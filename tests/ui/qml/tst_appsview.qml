@@ -38,7 +38,7 @@ Item {
         }
 
         function apk(name) {
-            return "file://" + sim.writeFile(name, "PK fake app")
+            return sim.writeApk(name)
         }
 
         function outputLines() {

@@ -65,7 +65,7 @@ Item {
             tabs.currentIndex = 2
             const apps = findChild(content, "appsView")
             tryVerify(() => findChild(apps, "dropZone").visible)
-            apps.dropFiles(["file://" + sim.writeFile("com.example.journey.apk", "PK app")])
+            apps.dropFiles([sim.writeApk("com.example.journey.apk")])
             tryVerify(() => TolvaneApp.installer.packages.indexOf("com.example.journey") >= 0, 30000)
 
             const target = sim.root() + "/Journey.png"

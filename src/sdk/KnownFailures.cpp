@@ -1,0 +1,167 @@
+#include "KnownFailures.h"
+
+#include <QList>
+#include <QRegularExpression>
+
+namespace {
+
+enum class Fix { None, InstallImage, Reinstall, RemoveLock };
+
+struct Entry
+{
+    const char *name;
+    const char *pattern; // a regular expression on the tool's output, case-insensitive
+    const char *what;
+    const char *todo;
+    Fix fix;
+};
+
+// Most specific first: the first match wins.
+constexpr Entry table[] = {
+    {"no-matching-abis", "INSTALL_FAILED_NO_MATCHING_ABIS",
+        "The app has native code only for processors this phone does not have, usually x86 or x86_64 for "
+        "Intel PCs.",
+        "Ask the app's maker for a build that includes arm64-v8a, or for a universal APK.", Fix::None},
+    {"update-incompatible", "INSTALL_FAILED_UPDATE_INCOMPATIBLE",
+        "The phone already has this app signed by someone else, so Android refuses to update it.",
+        "Uninstall the installed version and install this one again. That deletes the app's data on this "
+        "phone.",
+        Fix::Reinstall},
+    {"version-downgrade", "INSTALL_FAILED_VERSION_DOWNGRADE",
+        "The phone already has a newer version of this app, and Android does not put an older one over it.",
+        "Uninstall the app in the list above (that deletes its data on this phone) and install this file "
+        "again, or get the newer version.",
+        Fix::None},
+    {"insufficient-storage", "INSTALL_FAILED_INSUFFICIENT_STORAGE",
+        "The phone has no room left for this app.",
+        "Uninstall apps you do not need, or wipe the phone's data on the Phones tab, and install again.",
+        Fix::None},
+    {"not-an-apk", "INSTALL_PARSE_FAILED_",
+        "Android could not read this file as an app: it is damaged or not an APK.",
+        "Download the .apk again. App bundles (.aab, .apks, .xapk) cannot be installed this way: ask for a "
+        "plain .apk.",
+        Fix::None},
+    {"java-too-old", "UnsupportedClassVersionError",
+        "The Android command line tools need Java 17, and the Java they found is older.",
+        "Install Java (OpenJDK 17) on the Setup tab; Tolvane then hands it to the tools.", Fix::None},
+    {"java-missing", "Unable to locate a Java Runtime|JAVA_HOME is not set and no 'java' command",
+        "The Android command line tools found no Java to run on.",
+        "Install Java (OpenJDK 17) on the Setup tab, then try again.", Fix::None},
+    {"licences-not-accepted",
+        "License for package .* not accepted|licen[cs]es (or those of the packages they depend on "
+        ")?(were|have) "
+        "not (been )?accepted",
+        "Google's SDK licences have not been accepted, so sdkmanager installs nothing.",
+        "Read and accept the SDK licences on the Setup tab, then try again.", Fix::None},
+    {"system-image-missing", "Broken AVD system path|Cannot find AVD system path",
+        "The Android system image this phone was made from is not installed.",
+        "Install the system image again; the phone and its data are kept.", Fix::InstallImage},
+    {"x86-phone", "CPU Architecture '(x86_64|x86)' is not supported",
+        "This phone was made with an Intel (x86_64) system image, which cannot run on Apple silicon.",
+        "Create a new phone with an arm64 Android version; Tolvane offers only those.", Fix::None},
+    {"hypervisor", "HV_UNSUPPORTED|HVF error",
+        "macOS did not let the emulator use the Mac's hypervisor, which it needs to run Android.",
+        "Quit other virtual machines (Docker, UTM, Parallels) and start the phone again. Inside a virtual "
+        "Mac the emulator cannot run.",
+        Fix::None},
+    {"stale-lock",
+        "Running multiple emulators with the same AVD|another emulator instance running with the current "
+        "AVD|multiinstance\\.lock|hardware-qemu\\.ini\\.lock",
+        "The phone is still marked as in use by an emulator that did not shut down cleanly.",
+        "If no emulator window of this phone is open, remove the lock and start it again.", Fix::RemoveLock},
+    {"adb-version", "adb server version \\(\\d+\\) doesn't match this client",
+        "Another program runs its own adb of a different version, and the two keep replacing each other's "
+        "server.",
+        "Quit Android Studio or other Android tools that bring their own adb, then try again.", Fix::None},
+    {"disk-full", "No space left on device", "The Mac's disk is full.",
+        "Free some space on the Mac (a system image needs about 1.5 GB) and try again.", Fix::None},
+};
+
+QString fixName(Fix fix)
+{
+    switch (fix) {
+    case Fix::InstallImage:
+        return QStringLiteral("installImage");
+    case Fix::Reinstall:
+        return QStringLiteral("reinstall");
+    case Fix::RemoveLock:
+        return QStringLiteral("removeLock");
+    case Fix::None:
+        break;
+    }
+    return QString();
+}
+
+QString fixLabel(Fix fix)
+{
+    switch (fix) {
+    case Fix::InstallImage:
+        return QStringLiteral("Install the system image");
+    case Fix::Reinstall:
+        return QStringLiteral("Uninstall and install again");
+    case Fix::RemoveLock:
+        return QStringLiteral("Remove lock and start");
+    case Fix::None:
+        break;
+    }
+    return QString();
+}
+
+QVariantMap hint(const QString &name, const QString &what, const QString &todo, Fix fix)
+{
+    return {{QStringLiteral("name"), name}, {QStringLiteral("what"), what}, {QStringLiteral("todo"), todo},
+        {QStringLiteral("fix"), fixName(fix)}, {QStringLiteral("fixLabel"), fixLabel(fix)}};
+}
+
+} // namespace
+
+QStringList KnownFailures::names()
+{
+    QStringList names;
+    for (const Entry &entry : table)
+        names.append(QString::fromUtf8(entry.name));
+    return names;
+}
+
+QVariantMap KnownFailures::explain(const QString &text)
+{
+    // Views ask again whenever a failure's text changes: the patterns are compiled once.
+    static const QList<QRegularExpression> patterns = [] {
+        QList<QRegularExpression> compiled;
+        for (const Entry &entry : table)
+            compiled.append(QRegularExpression(
+                QString::fromUtf8(entry.pattern), QRegularExpression::CaseInsensitiveOption));
+        return compiled;
+    }();
+    for (qsizetype i = 0; i < patterns.size(); ++i) {
+        const Entry &entry = table[i];
+        if (!patterns[i].match(text).hasMatch())
+            continue;
+        QVariantMap found = hint(QString::fromUtf8(entry.name), QString::fromUtf8(entry.what),
+            QString::fromUtf8(entry.todo), entry.fix);
+        if (entry.fix == Fix::Reinstall) {
+            // adb names the file, and Android the package whose signature differs.
+            static const QRegularExpression named(
+                QStringLiteral("failed to install (.+?): Failure \\[INSTALL_FAILED_UPDATE_INCOMPATIBLE: "
+                               "(?:Existing package|Package) "
+                               "([\\w.]+) signatures"));
+            const QRegularExpressionMatch match = named.match(text);
+            if (!match.hasMatch())
+                return hint(found.value(QStringLiteral("name")).toString(), QString::fromUtf8(entry.what),
+                    QString::fromUtf8(entry.todo), Fix::None);
+            found.insert(QStringLiteral("path"), match.captured(1));
+            found.insert(QStringLiteral("package"), match.captured(2));
+        }
+        return found;
+    }
+    return {};
+}
+
+QVariantMap KnownFailures::staleLock(const QString &phone)
+{
+    return hint(QStringLiteral("stale-lock"),
+        phone
+            + QStringLiteral(
+                " was not shut down cleanly: its emulator left lock files in the phone's folder."),
+        QStringLiteral("Nothing is running this phone now, so the lock can go."), Fix::RemoveLock);
+}

@@ -1,0 +1,100 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Tolvane
+
+// What the failure shown above it means and what to do about it, with the app's fix where it has one.
+// Takes no space when the failure is not a known one. Nothing runs until the fix's button is pressed.
+Rectangle {
+    id: hint
+    // The failure as shown, in the tools' own words.
+    property string text
+    property var explained: KnownFailures.explain(text)
+    // What the fixes act on: the phone (system image, lock), its start options, the Apps tab's phone.
+    property string phone
+    property var startOptions
+    property string serial
+    property bool fixEnabled: true
+    // An image install started here shows its log here.
+    property bool installing: false
+
+    // A job's log once the job has ended badly; empty while it runs, after it succeeded or was cancelled.
+    function failedJobText(job) {
+        if (!job || job.isRunning || job.lines.length < 2)
+            return ""
+        const last = job.lines[job.lines.length - 1]
+        return last.startsWith("Finished with exit status ") || last.startsWith("Could not start ")
+               ? job.lines.join("\n") : ""
+    }
+
+    readonly property string fix: {
+        const wanted = explained.fix !== undefined ? explained.fix : ""
+        if (wanted === "installImage" || wanted === "removeLock")
+            return phone !== "" ? wanted : ""
+        if (wanted === "reinstall")
+            return serial !== "" && explained.package !== undefined ? wanted : ""
+        return ""
+    }
+
+    visible: explained.what !== undefined
+    implicitHeight: visible ? column.implicitHeight + 16 : 0
+    radius: 6
+    color: Qt.rgba(0.04, 0.39, 0.85, 0.08)
+
+    ColumnLayout {
+        id: column
+        anchors.fill: parent
+        anchors.margins: 8
+        spacing: 4
+
+        Label {
+            objectName: "hintWhat"
+            text: hint.explained.what !== undefined ? hint.explained.what : ""
+            textFormat: Text.PlainText
+            font.weight: Font.DemiBold
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        Label {
+            objectName: "hintTodo"
+            text: hint.explained.todo !== undefined ? hint.explained.todo : ""
+            textFormat: Text.PlainText
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        Button {
+            objectName: "hintFix"
+            visible: hint.fix !== ""
+            text: hint.explained.fixLabel !== undefined ? hint.explained.fixLabel : ""
+            enabled: hint.fixEnabled && (hint.fix !== "installImage" || !TolvaneApp.store.imageJob.isRunning)
+                     && (hint.fix !== "reinstall" || !TolvaneApp.installer.busy)
+            onClicked: {
+                if (hint.fix === "installImage") {
+                    hint.installing = true
+                    TolvaneApp.store.installImageFor(hint.phone)
+                } else if (hint.fix === "removeLock") {
+                    TolvaneApp.store.removeLockAndStart(hint.phone, hint.startOptions)
+                } else if (hint.fix === "reinstall") {
+                    reinstallDialog.open()
+                }
+            }
+        }
+        Loader {
+            active: hint.installing
+            visible: active
+            Layout.fillWidth: true
+            sourceComponent: JobLogView { job: TolvaneApp.store.imageJob }
+        }
+    }
+
+    ConfirmDialog {
+        id: reinstallDialog
+        objectName: "reinstallDialog"
+        readonly property string fileName: hint.explained.path !== undefined
+                                           ? hint.explained.path.substring(hint.explained.path.lastIndexOf("/") + 1) : ""
+        title: "Uninstall " + (hint.explained.package !== undefined ? hint.explained.package : "") + "?"
+        message: "The installed app and all its data on this phone are removed, then " + fileName + " is installed."
+        confirmText: "Uninstall and install again"
+        onConfirmed: TolvaneApp.installer.reinstall(hint.explained.package, hint.explained.path, hint.serial)
+    }
+}
