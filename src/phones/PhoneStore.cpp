@@ -119,7 +119,7 @@ int PhoneStore::consolePort(const QSet<int> &busy)
 void PhoneStore::start(const QString &name, const StartOptions &options)
 {
     EmulatorProcess *phone = runner(name);
-    if (phone->state() != EmulatorProcess::State::Stopped)
+    if (phone->state() != EmulatorProcess::State::Stopped || m_elsewhere.contains(name))
         return;
     const auto emulator = AndroidTools::emulatorPath();
     if (!emulator) {
@@ -132,6 +132,7 @@ void PhoneStore::start(const QString &name, const StartOptions &options)
         if (other->state() != EmulatorProcess::State::Stopped)
             busy.insert(other->port());
     }
+    busy.unite(m_elsewherePorts);
     phone->start(*emulator, consolePort(busy), options);
 }
 
@@ -185,6 +186,9 @@ QCoro::Task<> PhoneStore::refreshTask()
         setRawPhoneListing(result.text.trimmed());
     else
         setRawPhoneListing(std::nullopt);
+    readDiskUse();
+    auto lookingElsewhere = findElsewhereTask();
+    co_await std::move(lookingElsewhere);
 }
 
 QCoro::Task<> PhoneStore::loadDevicesTask()
@@ -237,6 +241,7 @@ QCoro::Task<> PhoneStore::loadImagesTask()
 
     setImages(AndroidParsers::parseImages(result.text));
     setRawImageListing(m_images.isEmpty() ? std::optional(result.text.trimmed()) : std::nullopt);
+    readDiskUse();
 }
 
 QString PhoneStore::failureDetails(const ProcessResult &result)

@@ -17,6 +17,9 @@ ColumnLayout {
     readonly property bool busy: state === EmulatorProcess.Starting || state === EmulatorProcess.Booting
                                  || state === EmulatorProcess.Stopping
     // Asked again whenever the row redraws for a change of state or of the setup checks.
+    // Started by another program; its emulator is not ours to start, wipe or delete.
+    readonly property bool elsewhere: stopped && store.elsewhere[phone.name] !== undefined
+    readonly property bool stoppingElsewhere: elsewhere && store.stoppingElsewhere.indexOf(phone.name) >= 0
     readonly property bool emulatorMissing: stopped && TolvaneApp.setup.emulatorReady !== null
                                             && !TolvaneApp.emulatorInstalled()
 
@@ -47,6 +50,13 @@ ColumnLayout {
                 Layout.fillWidth: true
             }
             Label {
+                objectName: "diskSize"
+                visible: row.store.phoneSizes[row.phone.name] !== undefined
+                text: visible ? "Takes " + row.store.formatBytes(row.store.phoneSizes[row.phone.name]) + " on disk" : ""
+                font: Style.caption
+                color: Style.secondary
+            }
+            Label {
                 visible: row.phone.error.length > 0
                 text: "Problem: " + row.phone.error
                 font: Style.caption
@@ -56,39 +66,66 @@ ColumnLayout {
             }
         }
         BusyIndicator {
-            visible: row.busy
+            visible: row.busy || row.stoppingElsewhere
             running: visible
             Layout.preferredWidth: 18
             Layout.preferredHeight: 18
         }
         Label {
             objectName: "statusLabel"
-            text: row.runner ? row.runner.stateName : "Stopped"
-            color: row.state === EmulatorProcess.Running ? Style.green : Style.secondary
+            text: row.stoppingElsewhere ? "Stopping" : row.elsewhere ? "Running outside Tolvane"
+                                                                : row.runner ? row.runner.stateName : "Stopped"
+            color: row.state === EmulatorProcess.Running || (row.elsewhere && !row.stoppingElsewhere) ? Style.green : Style.secondary
+        }
+        Label {
+            objectName: "bootTime"
+            visible: (row.state === EmulatorProcess.Starting || row.state === EmulatorProcess.Booting)
+                     && row.runner.secondsSoFar !== undefined
+            text: visible ? row.runner.secondsSoFar + " s" : ""
+            color: Style.secondary
         }
         Button {
             objectName: "Start"
             text: "Start"
-            enabled: row.stopped && !row.emulatorMissing
+            enabled: row.stopped && !row.emulatorMissing && !row.elsewhere
             onClicked: row.store.start(row.phone.name, row.options)
         }
         Button {
             objectName: "Stop"
             text: "Stop"
-            enabled: !row.stopped && row.state !== EmulatorProcess.Stopping
-            onClicked: row.store.runner(row.phone.name).stop()
+            enabled: (!row.stopped && row.state !== EmulatorProcess.Stopping) || (row.elsewhere && !row.stoppingElsewhere)
+            onClicked: row.elsewhere ? row.store.stopElsewhere(row.phone.name) : row.store.runner(row.phone.name).stop()
         }
         Button {
             objectName: "Wipe data"
             text: "Wipe data"
-            enabled: row.stopped && !row.emulatorMissing
+            enabled: row.stopped && !row.emulatorMissing && !row.elsewhere
             onClicked: wipeDialog.open()
         }
         Button {
             objectName: "Delete"
             text: "Delete"
-            enabled: row.stopped
+            enabled: row.stopped && !row.elsewhere
             onClicked: deleteDialog.open()
+        }
+    }
+    RowLayout {
+        objectName: "slowBoot"
+        visible: row.runner !== null && row.runner.slowBoot
+        Layout.fillWidth: true
+        Label {
+            text: "This is taking longer than usual. The logs window shows what the emulator is doing."
+            color: Style.orange
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        Button {
+            text: "Show logs"
+            onClicked: {
+                const window = ApplicationWindow.window
+                if (window && typeof window.openLogs === "function")
+                    window.openLogs()
+            }
         }
     }
     Loader {

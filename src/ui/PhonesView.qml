@@ -77,6 +77,7 @@ ColumnLayout {
         }
         Item { Layout.fillWidth: true }
     }
+    DiskUseLine { store: view.store }
     GroupBox {
         title: "Start options"
         Layout.fillWidth: true
