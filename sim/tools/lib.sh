@@ -84,3 +84,10 @@ sim_emulator_dir() {
 sim_alive() {
     [ -f "$1/pid" ] && kill -0 "$(cat "$1/pid")" 2>/dev/null
 }
+
+# sim_sparse FILE WRITTEN_KB SIZE_MB: a disk image as the emulator keeps them, WRITTEN_KB of real data
+# followed by a hole up to SIZE_MB, so its apparent size is far above what it takes on disk.
+sim_sparse() {
+    dd if=/dev/zero of="$1" bs=1024 count="$2" 2>/dev/null
+    dd if=/dev/zero of="$1" bs=1048576 count=0 seek="$3" 2>/dev/null
+}

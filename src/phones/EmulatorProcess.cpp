@@ -21,6 +21,11 @@ bool answered(const ProcessResult &result, QLatin1String answer)
     return result.isClean() && result.text.trimmed() == answer;
 }
 
+qint64 roundedSeconds(qint64 ms)
+{
+    return (ms + 500) / 1000;
+}
+
 } // namespace
 
 const EmulatorProcess::Timing &EmulatorProcess::timing()
@@ -39,8 +44,9 @@ EmulatorProcess::EmulatorProcess(const QString &name, QObject *parent)
     , m_lines(new LogLines(this))
     , m_queue(new ChunkQueue([this](const QStringList &lines) { appendLines(lines); }, this))
 {
-    for (auto signal : {&EmulatorProcess::stateChanged, &EmulatorProcess::linesChanged,
-             &EmulatorProcess::failureChanged, &EmulatorProcess::portChanged})
+    for (auto signal :
+        {&EmulatorProcess::stateChanged, &EmulatorProcess::linesChanged, &EmulatorProcess::failureChanged,
+            &EmulatorProcess::portChanged, &EmulatorProcess::timelineChanged})
         connect(this, signal, this, &EmulatorProcess::changed);
 }
 
@@ -124,6 +130,7 @@ void EmulatorProcess::start(QString emulator, int port, StartOptions options)
         return;
     }
     m_process = process;
+    startTimeline();
     setState(State::Starting);
     startPolling();
 }
@@ -169,6 +176,34 @@ QCoro::Task<> EmulatorProcess::stopTask()
         // The end arrives as for any other exit; the state is stopping, so no failure is recorded.
         process->terminate();
     }
+}
+
+bool EmulatorProcess::slowBoot() const
+{
+    return (m_state == State::Starting || m_state == State::Booting) && m_sinceLaunch
+        && *m_sinceLaunch >= currentTiming().slowBootAfter.count();
+}
+
+QVariant EmulatorProcess::secondsSoFarVariant() const
+{
+    return m_sinceLaunch ? QVariant(roundedSeconds(*m_sinceLaunch)) : QVariant();
+}
+
+void EmulatorProcess::startTimeline()
+{
+    m_launchClock.start();
+    m_sinceLaunch = 0;
+    m_seenAfter.reset();
+    m_bootedAfter.reset();
+    Q_EMIT timelineChanged();
+}
+
+void EmulatorProcess::noteTime(std::optional<qint64> *mark)
+{
+    m_sinceLaunch = m_launchClock.elapsed();
+    if (mark)
+        *mark = m_sinceLaunch;
+    Q_EMIT timelineChanged();
 }
 
 void EmulatorProcess::setState(State state)
@@ -238,6 +273,7 @@ QCoro::Task<> EmulatorProcess::poll(std::shared_ptr<bool> cancelled, QString ser
     const auto over = [&] { return *cancelled || !self; };
 
     while (!over() && m_state != State::Stopped && m_state != State::Stopping) {
+        noteTime();
         auto askingState = AndroidTools::runADB(getState, serial, timing.adbTimeout);
         const ProcessResult device = co_await std::move(askingState);
         if (over())
@@ -248,15 +284,24 @@ QCoro::Task<> EmulatorProcess::poll(std::shared_ptr<bool> cancelled, QString ser
             co_return;
         }
         if (answered(device, QLatin1String("device"))) {
-            if (m_state == State::Starting)
+            if (m_state == State::Starting) {
+                noteTime(&m_seenAfter);
                 setState(State::Booting);
+            }
             auto askingBoot = AndroidTools::runADB(bootCompleted, serial, timing.adbTimeout);
             const ProcessResult boot = co_await std::move(askingBoot);
             if (over())
                 co_return;
             if (answered(boot, QLatin1String("1"))) {
-                if (m_state == State::Booting || m_state == State::Starting)
+                if (m_state == State::Booting || m_state == State::Starting) {
+                    if (!m_seenAfter)
+                        noteTime(&m_seenAfter);
+                    noteTime(&m_bootedAfter);
+                    appendLines({QStringLiteral("Booted in %1 s; adb saw it after %2 s.")
+                                     .arg(roundedSeconds(*m_bootedAfter))
+                                     .arg(roundedSeconds(*m_seenAfter))});
                     setState(State::Running);
+                }
                 co_return;
             }
         }

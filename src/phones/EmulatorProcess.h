@@ -4,6 +4,7 @@
 #include "LogLines.h"
 #include "StartOptions.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 #include <QProcess>
@@ -31,6 +32,8 @@ class EmulatorProcess : public QObject
     Q_PROPERTY(QVariant failure READ failureVariant NOTIFY failureChanged)
     Q_PROPERTY(int port READ port NOTIFY portChanged)
     Q_PROPERTY(QString serial READ serial NOTIFY portChanged)
+    Q_PROPERTY(QVariant secondsSoFar READ secondsSoFarVariant NOTIFY timelineChanged)
+    Q_PROPERTY(bool slowBoot READ slowBoot NOTIFY timelineChanged)
 
 public:
     enum class State { Stopped, Starting, Booting, Running, Stopping };
@@ -48,6 +51,8 @@ public:
     static constexpr int linesAfterDrain = 5000;
     // How many of the oldest lines go once a drain has brought the log to `count` lines.
     static qsizetype linesToDrop(qsizetype count);
+    // Booting longer than this is worth a word to the user.
+    static constexpr std::chrono::milliseconds slowBootAfter {std::chrono::minutes(3)};
 
     // The waits in effect; tests shorten them.
     struct Timing
@@ -57,6 +62,7 @@ public:
         int stopWaitRounds = EmulatorProcess::stopWaitRounds;
         std::chrono::milliseconds stopWaitStep = EmulatorProcess::stopWaitStep;
         std::chrono::milliseconds endDelay = EmulatorProcess::endDelay;
+        std::chrono::milliseconds slowBootAfter = EmulatorProcess::slowBootAfter;
     };
     static const Timing &timing();
     static void setTiming(const Timing &timing);
@@ -74,6 +80,14 @@ public:
     int port() const { return m_port; }
     QString serial() const { return QStringLiteral("emulator-") + QString::number(m_port); }
 
+    // The current run's timeline, in milliseconds since the launch. The time so far is taken at each
+    // boot-poll round while starting or booting, and at boot completion.
+    std::optional<qint64> sinceLaunch() const { return m_sinceLaunch; }
+    std::optional<qint64> seenAfter() const { return m_seenAfter; }
+    std::optional<qint64> bootedAfter() const { return m_bootedAfter; }
+    // Starting or booting for longer than usual, as of the last poll round.
+    bool slowBoot() const;
+
     // Does nothing unless stopped. `emulator` is the executable's absolute path.
     void start(QString emulator, int port, StartOptions options);
     // Asks the emulator to quit and terminates it when it does not. Does nothing when stopped or stopping.
@@ -86,6 +100,7 @@ Q_SIGNALS:
     void linesChanged();
     void failureChanged();
     void portChanged();
+    void timelineChanged();
     // Any of the above; the phone store repeats it as its own change.
     void changed();
 
@@ -94,6 +109,9 @@ private:
     void setState(State state);
     void setFailure(std::optional<QString> failure);
     void setPort(int port);
+    QVariant secondsSoFarVariant() const;
+    void startTimeline();
+    void noteTime(std::optional<qint64> *mark = nullptr);
     void appendLines(const QStringList &lines);
     void read(const QByteArray &bytes);
     void startPolling();
@@ -112,4 +130,8 @@ private:
     // Set when the current boot poll is to end.
     std::shared_ptr<bool> m_pollCancelled;
     ChunkQueue *m_queue;
+    QElapsedTimer m_launchClock;
+    std::optional<qint64> m_sinceLaunch;
+    std::optional<qint64> m_seenAfter;
+    std::optional<qint64> m_bootedAfter;
 };

@@ -9,7 +9,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QPointer>
-#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -141,66 +140,20 @@ QString PhoneStore::avdPath(const QString &name) const
     return QString();
 }
 
-QCoro::Task<QStringList> PhoneStore::phonesSeenByAdb()
-{
-    QPointer<PhoneStore> self(this);
-    const std::optional<double> timeout = EmulatorProcess::adbTimeout;
-    auto listing = AndroidTools::runADB({QStringLiteral("devices")}, std::nullopt, timeout);
-    const ProcessResult devices = co_await std::move(listing);
-    QStringList names;
-    if (!self || !devices.isClean())
-        co_return names;
-    // "emulator-5554<TAB>device", whatever its state; the emulator's console names its phone.
-    static const QRegularExpression emulator(
-        QStringLiteral("^(emulator-\\d+)\\s"), QRegularExpression::MultilineOption);
-    auto matches = emulator.globalMatch(devices.text);
-    while (matches.hasNext()) {
-        const QString serial = matches.next().captured(1);
-        const QStringList arguments {QStringLiteral("emu"), QStringLiteral("avd"), QStringLiteral("name")};
-        auto asking = AndroidTools::runADB(arguments, serial, timeout);
-        const ProcessResult answer = co_await std::move(asking);
-        if (!self)
-            co_return names;
-        const QString name = answer.text.section(QLatin1Char('\n'), 0, 0).trimmed();
-        if (answer.isClean() && !name.isEmpty())
-            names.append(name);
-    }
-    co_return names;
-}
-
 void PhoneStore::checkLocks(const QStringList &names)
 {
-    checkLocksTask(names);
-}
-
-QCoro::Task<> PhoneStore::checkLocksTask(QStringList names)
-{
-    QPointer<PhoneStore> self(this);
-    const auto stoppedWithLocks = [this](const QString &name) {
+    // A phone another program runs holds its locks rightly; so does one of ours that is not stopped.
+    const auto stale = [this](const QString &name) {
         const EmulatorProcess *phone = m_runners.value(name);
-        return (!phone || phone->state() == EmulatorProcess::State::Stopped)
+        return (!phone || phone->state() == EmulatorProcess::State::Stopped) && !m_elsewhere.contains(name)
             && !lockFiles(avdPath(name)).isEmpty();
     };
-    QStringList candidates;
-    std::copy_if(names.begin(), names.end(), std::back_inserter(candidates), stoppedWithLocks);
-    // Only a phone with locks is worth asking adb about.
-    QStringList seen;
-    if (!candidates.isEmpty()) {
-        auto asking = phonesSeenByAdb();
-        seen = co_await std::move(asking);
-        if (!self)
-            co_return;
-    }
     QStringList locked;
     for (const QString &name : std::as_const(m_lockedPhones)) {
         if (!names.contains(name))
             locked.append(name);
     }
-    for (const QString &name : std::as_const(candidates)) {
-        // Looked at again: the phone may have started while adb answered.
-        if (!seen.contains(name) && stoppedWithLocks(name))
-            locked.append(name);
-    }
+    std::copy_if(names.begin(), names.end(), std::back_inserter(locked), stale);
     setLockedPhones(locked);
 }
 
@@ -232,12 +185,12 @@ QCoro::Task<> PhoneStore::removeLockAndStartTask(QString name, StartOptions opti
     QPointer<PhoneStore> self(this);
     if (runner(name)->state() != EmulatorProcess::State::Stopped)
         co_return;
-    auto asking = phonesSeenByAdb();
-    const QStringList seen = co_await std::move(asking);
+    // Asked again now: a lock of a running emulator is never touched.
+    auto asking = findElsewhereTask();
+    co_await std::move(asking);
     if (!self)
         co_return;
-    // A lock of a running emulator is never touched.
-    if (seen.contains(name)) {
+    if (m_elsewhere.contains(name)) {
         setError(name + QStringLiteral(" is running outside Tolvane, so its lock stays."),
             QStringLiteral("adb lists an emulator for this phone. Close that emulator's window first."));
         co_return;

@@ -124,7 +124,7 @@ int PhoneStore::consolePort(const QSet<int> &busy)
 void PhoneStore::start(const QString &name, const StartOptions &options)
 {
     EmulatorProcess *phone = runner(name);
-    if (phone->state() != EmulatorProcess::State::Stopped)
+    if (phone->state() != EmulatorProcess::State::Stopped || m_elsewhere.contains(name))
         return;
     const auto emulator = AndroidTools::emulatorPath();
     if (!emulator) {
@@ -137,6 +137,7 @@ void PhoneStore::start(const QString &name, const StartOptions &options)
         if (other->state() != EmulatorProcess::State::Stopped)
             busy.insert(other->port());
     }
+    busy.unite(m_elsewherePorts);
     phone->start(*emulator, consolePort(busy), options);
 }
 
@@ -190,6 +191,12 @@ QCoro::Task<> PhoneStore::refreshTask()
         setRawPhoneListing(result.text.trimmed());
     else
         setRawPhoneListing(std::nullopt);
+    readDiskUse();
+    // Which phones run elsewhere decides which leftover locks are stale.
+    auto lookingElsewhere = findElsewhereTask();
+    co_await std::move(lookingElsewhere);
+    if (!self)
+        co_return;
     QStringList names;
     for (const AVDInfo &phone : std::as_const(m_phones))
         names.append(phone.name);
@@ -246,6 +253,7 @@ QCoro::Task<> PhoneStore::loadImagesTask()
 
     setImages(AndroidParsers::parseImages(result.text));
     setRawImageListing(m_images.isEmpty() ? std::optional(result.text.trimmed()) : std::nullopt);
+    readDiskUse();
 }
 
 QString PhoneStore::failureDetails(const ProcessResult &result)

@@ -40,6 +40,19 @@ class PhoneStore : public QObject
     Q_PROPERTY(QList<EmulatorProcess *> allRunners READ allRunners NOTIFY runnersChanged)
     Q_PROPERTY(QList<EmulatorProcess *> runningRunners READ runningRunners NOTIFY runnersChanged)
     Q_PROPERTY(QStringList lockedPhones READ lockedPhones NOTIFY lockedPhonesChanged)
+    // Disk use, read at each refresh and image listing.
+    Q_PROPERTY(QVariantMap phoneSizes READ phoneSizes NOTIFY diskUseChanged)
+    Q_PROPERTY(QVariantList installedImages READ installedImagesVariant NOTIFY diskUseChanged)
+    Q_PROPERTY(qint64 phonesBytes READ phonesBytes NOTIFY diskUseChanged)
+    Q_PROPERTY(qint64 imagesBytes READ imagesBytes NOTIFY diskUseChanged)
+    Q_PROPERTY(QVariant freeBytes READ freeBytesVariant NOTIFY diskUseChanged)
+    Q_PROPERTY(bool lowDisk READ lowDisk NOTIFY diskUseChanged)
+    // Phones whose emulator was started by another program: name to serial, as of the last refresh.
+    Q_PROPERTY(QVariantMap elsewhere READ elsewhereVariant NOTIFY elsewhereChanged)
+    Q_PROPERTY(QStringList stoppingElsewhere READ stoppingElsewhere NOTIFY elsewhereChanged)
+    // Every phone adb commands can go to: our running phones and those running elsewhere, as maps of
+    // name and serial, by name.
+    Q_PROPERTY(QVariantList runningTargets READ runningTargets NOTIFY runnersChanged)
 
 public:
     static constexpr int firstConsolePort = 5554;
@@ -81,6 +94,34 @@ public:
 
     // Starts the phone's emulator on a free console port; does nothing unless it is stopped.
     Q_INVOKABLE void start(const QString &name, const StartOptions &options);
+
+    // One installed system image on disk.
+    struct InstalledImage
+    {
+        SystemImage image;
+        qint64 bytes = 0;
+        QStringList users; // the phones made from it
+    };
+    QVariantMap phoneSizes() const { return m_phoneSizes; }
+    const QList<InstalledImage> &installedImages() const { return m_installedImages; }
+    qint64 phonesBytes() const;
+    qint64 imagesBytes() const;
+    std::optional<qint64> freeBytes() const { return m_freeBytes; }
+    bool lowDisk() const;
+    Q_INVOKABLE static QString formatBytes(qint64 bytes);
+    // The listed phones made from the image with this package id.
+    QStringList imageUsers(const QString &id) const;
+    // Uninstalls a system image that no phone uses, through the image job.
+    Q_INVOKABLE void removeImage(const QString &id);
+    // True when the image was uninstalled.
+    QCoro::Task<bool> removeImageTask(QString id);
+
+    const QMap<QString, QString> &elsewhere() const { return m_elsewhere; }
+    QStringList stoppingElsewhere() const { return m_stoppingElsewhere; }
+    QVariantList runningTargets() const;
+    // Asks an emulator started elsewhere to quit, and waits until adb no longer lists it.
+    Q_INVOKABLE void stopElsewhere(const QString &name);
+    QCoro::Task<> stopElsewhereTask(QString name);
     Q_INVOKABLE void dismissError();
 
     Q_INVOKABLE void refresh();
@@ -107,8 +148,6 @@ public:
     QStringList lockedPhones() const { return m_lockedPhones; }
     // The lock files and folders an emulator keeps in a phone's folder while it runs.
     static QStringList lockFiles(const QString &avdPath);
-    // Looks at these phones' folders again.
-    QCoro::Task<> checkLocksTask(QStringList names);
     // Removes a stopped phone's lock files, unless something still runs it, then starts it.
     Q_INVOKABLE void removeLockAndStart(const QString &name, const StartOptions &options);
     QCoro::Task<> removeLockAndStartTask(QString name, StartOptions options);
@@ -135,6 +174,8 @@ Q_SIGNALS:
     // A runner was made or removed, or one changed state.
     void runnersChanged();
     void lockedPhonesChanged();
+    void diskUseChanged();
+    void elsewhereChanged();
     // Any of the above, and every change of the image job or of a runner.
     void changed();
 
@@ -161,12 +202,17 @@ private:
     static QString failureDetails(const ProcessResult &result);
     void removeRunner(const QString &name);
     QCoro::Task<> createAndAnnounceTask(QString name, DeviceDef device, SystemImage image);
-    // The names of the phones that adb sees running: ours and any started elsewhere.
-    QCoro::Task<QStringList> phonesSeenByAdb();
     QString avdPath(const QString &name) const;
     void checkLocks(const QStringList &names);
     void runnerStateChanged(EmulatorProcess *runner);
     void setLockedPhones(const QStringList &names);
+    QVariantList installedImagesVariant() const;
+    QVariant freeBytesVariant() const;
+    void readDiskUse();
+    QVariantMap elsewhereVariant() const;
+    // Asks adb which emulators run and which of them no runner of ours owns.
+    QCoro::Task<> findElsewhereTask();
+    void setElsewhere(QMap<QString, QString> phones, QSet<int> ports);
 
     QList<AVDInfo> m_phones;
     QList<DeviceDef> m_devices;
@@ -183,4 +229,11 @@ private:
     // Keyed by phone name, so the values come out in name order.
     QMap<QString, EmulatorProcess *> m_runners;
     QStringList m_lockedPhones;
+    QVariantMap m_phoneSizes;
+    QList<InstalledImage> m_installedImages;
+    std::optional<qint64> m_freeBytes;
+    QMap<QString, QString> m_elsewhere;
+    // Console ports of every emulator that is not ours, also those whose phone could not be named.
+    QSet<int> m_elsewherePorts;
+    QStringList m_stoppingElsewhere;
 };

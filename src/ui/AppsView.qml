@@ -13,15 +13,16 @@ ColumnLayout {
     property string selectedName
     property bool targeted: false
 
-    readonly property var running: store.runningRunners
-    readonly property EmulatorProcess target: {
+    // Our running phones and those started elsewhere, each a name and a serial.
+    readonly property var running: store.runningTargets
+    readonly property var target: {
         for (const runner of running) {
             if (runner.name === selectedName)
                 return runner
         }
         return running.length > 0 ? running[0] : null
     }
-    readonly property string serial: target ? "emulator-" + target.port : ""
+    readonly property string serial: target ? target.serial : ""
 
     // Dropped files are installed one call each; the installer skips what is not an app.
     function dropFiles(urls) {

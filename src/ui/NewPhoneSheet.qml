@@ -289,6 +289,7 @@ Dialog {
                 text: "System image installed."
                 color: Style.green
             }
+            ImageDiskBox { store: sheet.store; Layout.fillWidth: true }
             JobLogView {
                 job: sheet.store.imageJob
                 Layout.fillWidth: true

@@ -22,7 +22,11 @@ ColumnLayout {
     readonly property bool stopped: state === EmulatorProcess.Stopped && !deleting
     readonly property bool busy: deleting || state === EmulatorProcess.Starting || state === EmulatorProcess.Booting
                                  || state === EmulatorProcess.Stopping
-    readonly property string status: deleting ? "Deleting" : runner ? runner.stateName : "Stopped"
+    // Started by another program; its emulator is not ours to start, wipe or delete.
+    readonly property bool elsewhere: stopped && store.elsewhere[phone.name] !== undefined
+    readonly property bool stoppingElsewhere: elsewhere && store.stoppingElsewhere.indexOf(phone.name) >= 0
+    readonly property string status: deleting ? "Deleting" : stoppingElsewhere ? "Stopping"
+                                   : elsewhere ? "Running" : runner ? runner.stateName : "Stopped"
     // Asked again whenever the row redraws for a change of state or of the setup checks.
     readonly property bool emulatorMissing: stopped && TolvaneApp.setup.emulatorReady !== null
                                             && !TolvaneApp.emulatorInstalled()
@@ -66,6 +70,30 @@ ColumnLayout {
                 Layout.fillWidth: true
             }
             Label {
+                objectName: "elsewhereNote"
+                visible: row.elsewhere
+                text: "Running outside Tolvane: another program started its emulator."
+                font: Style.caption
+                color: Style.secondary
+                wrapMode: Text.Wrap
+                Layout.fillWidth: true
+            }
+            Label {
+                objectName: "bootTime"
+                visible: (row.state === EmulatorProcess.Starting || row.state === EmulatorProcess.Booting)
+                         && row.runner.secondsSoFar !== undefined
+                text: visible ? row.status + " for " + row.runner.secondsSoFar + " s" : ""
+                font: Style.caption
+                color: Style.secondary
+            }
+            Label {
+                objectName: "diskSize"
+                visible: row.store.phoneSizes[row.phone.name] !== undefined
+                text: visible ? "Takes " + row.store.formatBytes(row.store.phoneSizes[row.phone.name]) + " on disk" : ""
+                font: Style.caption
+                color: Style.secondary
+            }
+            Label {
                 visible: row.phone.error.length > 0
                 text: "Problem: " + row.phone.error
                 textFormat: Text.PlainText
@@ -85,13 +113,14 @@ ColumnLayout {
             Item { Layout.fillWidth: true }
             Spinner {
                 objectName: "statusBusy"
-                visible: row.busy
+                visible: row.busy || row.stoppingElsewhere
                 label: row.phone.name + ": " + row.status
             }
             Label {
                 objectName: "statusLabel"
                 text: row.status
-                color: row.state === EmulatorProcess.Running && !row.deleting ? Style.green : Style.secondary
+                color: (row.state === EmulatorProcess.Running && !row.deleting) || (row.elsewhere && !row.stoppingElsewhere)
+                       ? Style.green : Style.secondary
                 Accessible.role: Accessible.StaticText
                 Accessible.name: row.phone.name + ": " + text
             }
@@ -104,30 +133,50 @@ ColumnLayout {
             Button {
                 objectName: "Start"
                 text: "Start"
-                enabled: row.stopped && !row.emulatorMissing
+                enabled: row.stopped && !row.emulatorMissing && !row.elsewhere
                 onClicked: row.store.start(row.phone.name, row.options)
                 Accessible.name: "Start " + row.phone.name
             }
             Button {
                 objectName: "Stop"
                 text: "Stop"
-                enabled: !row.deleting && row.state !== EmulatorProcess.Stopped && row.state !== EmulatorProcess.Stopping
-                onClicked: row.store.runner(row.phone.name).stop()
+                enabled: (!row.deleting && row.state !== EmulatorProcess.Stopped && row.state !== EmulatorProcess.Stopping)
+                         || (row.elsewhere && !row.stoppingElsewhere)
+                onClicked: row.elsewhere ? row.store.stopElsewhere(row.phone.name) : row.store.runner(row.phone.name).stop()
                 Accessible.name: "Stop " + row.phone.name
             }
             Button {
                 objectName: "Wipe data"
                 text: "Wipe data"
-                enabled: row.stopped && !row.emulatorMissing
+                enabled: row.stopped && !row.emulatorMissing && !row.elsewhere
                 onClicked: row.wipeRequested()
                 Accessible.name: "Wipe data on " + row.phone.name
             }
             Button {
                 objectName: "Delete"
                 text: "Delete"
-                enabled: row.stopped
+                enabled: row.stopped && !row.elsewhere
                 onClicked: row.deleteRequested()
                 Accessible.name: "Delete " + row.phone.name
+            }
+        }
+    }
+    RowLayout {
+        objectName: "slowBoot"
+        visible: row.runner !== null && row.runner.slowBoot
+        Layout.fillWidth: true
+        Label {
+            text: "This is taking longer than usual. The logs window shows what the emulator is doing."
+            color: Style.orange
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        Button {
+            text: "Show logs"
+            onClicked: {
+                const window = ApplicationWindow.window
+                if (window && typeof window.openLogs === "function")
+                    window.openLogs()
             }
         }
     }

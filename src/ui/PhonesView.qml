@@ -128,6 +128,7 @@ Item {
             }
             Item { Layout.fillWidth: true }
         }
+        DiskUseLine { store: view.store }
 
         GroupBox {
             objectName: "startOptions"

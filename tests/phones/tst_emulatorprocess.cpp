@@ -436,6 +436,60 @@ private Q_SLOTS:
             (QStringList {QStringLiteral("adb emu kill did not succeed: ") + notFound, terminating}));
     }
 
+    void bootTimeline_data()
+    {
+        QTest::addColumn<bool>("boots");
+        QTest::newRow("boots after the hint") << true;
+        QTest::newRow("never boots") << false;
+    }
+
+    void bootTimeline()
+    {
+        QFETCH(bool, boots);
+        EmulatorProcess::Timing timing = quickTiming();
+        timing.slowBootAfter = 3000ms;
+        EmulatorProcess::setTiming(timing);
+        // adb sees the phone after about 1.6 s and it boots 3 s later.
+        m_sim->setTimeScale(0.5);
+        const auto quick = qScopeGuard([this] {
+            m_sim->setTimeScale(0.02);
+            m_sim->clearBehaviour(QStringLiteral("emulator.never-boot"));
+        });
+        if (!boots)
+            m_sim->setBehaviour(QStringLiteral("emulator.never-boot"));
+        EmulatorProcess phone(phoneName);
+        QSignalSpy timeline(&phone, &EmulatorProcess::timelineChanged);
+        phone.start(emulator(), 5554, StartOptions {});
+        QCOMPARE(phone.property("secondsSoFar"), QVariant(qint64(0)));
+        QVERIFY(!phone.slowBoot());
+
+        // The time so far moves on with the poll rounds, and past the limit the hint is due.
+        QTRY_VERIFY_WITH_TIMEOUT(phone.slowBoot(), 10000);
+        QVERIFY2(timeline.count() >= 4, qPrintable(QString::number(timeline.count())));
+        QCOMPARE(phone.property("secondsSoFar").toLongLong(), (*phone.sinceLaunch() + 500) / 1000);
+        if (!boots) {
+            QTRY_COMPARE(phone.state(), State::Booting);
+            QVERIFY(*phone.seenAfter() >= 1500);
+            QTest::qWait(500);
+            QCOMPARE(phone.state(), State::Booting);
+            QVERIFY(phone.slowBoot());
+            QVERIFY(phone.lines().filter(QStringLiteral("Booted in")).isEmpty());
+            QCoro::waitFor(phone.stopTask());
+            return;
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(phone.state(), State::Running, 20000);
+        QVERIFY(!phone.slowBoot());
+        const qint64 seen = *phone.seenAfter();
+        const qint64 booted = *phone.bootedAfter();
+        QVERIFY2(
+            seen >= 1500 && booted >= seen + 2900, qPrintable(QStringLiteral("%1 %2").arg(seen).arg(booted)));
+        QCOMPARE(phone.lines().filter(QStringLiteral("Booted in")),
+            QStringList {QStringLiteral("Booted in %1 s; adb saw it after %2 s.")
+                             .arg((booted + 500) / 1000)
+                             .arg((seen + 500) / 1000)});
+        QCoro::waitFor(phone.stopTask());
+    }
+
     void droppingTheObjectLeavesTheEmulatorRunning()
     {
         auto *phone = new EmulatorProcess(phoneName);

@@ -273,6 +273,77 @@ private Q_SLOTS:
         QTest::qWait(2000); // the polls asleep when the stops began
     }
 
+    void phoneStartedElsewhere()
+    {
+        for (const char *name : {"A", "B"})
+            m_sim->createPhone(QLatin1String(name));
+        const QString serial = m_sim->startPhone(QStringLiteral("A"));
+        PhoneStore store;
+        QCoro::waitFor(store.refreshTask());
+        QCOMPARE(store.elsewhere(), (QMap<QString, QString> {{"A", serial}}));
+        QVERIFY(m_sim->adbCalls().contains(QStringLiteral("-s emulator-5554 emu avd name")));
+        const QVariantMap a {{"name", "A"}, {"serial", serial}};
+        QCOMPARE(store.runningTargets(), QVariantList {a});
+
+        // Ours are left alone: A cannot start a second time, and B skips the port A holds.
+        store.start(QStringLiteral("A"), StartOptions {});
+        QCOMPARE(store.runner(QStringLiteral("A"))->state(), State::Stopped);
+        store.start(QStringLiteral("B"), StartOptions {});
+        EmulatorProcess *b = store.runner(QStringLiteral("B"));
+        QCOMPARE(b->port(), 5556);
+        QTRY_COMPARE(b->state(), State::Running);
+        QCoro::waitFor(store.refreshTask());
+        QVERIFY(!m_sim->adbCalls().contains(QStringLiteral("-s emulator-5556 emu avd name")));
+        const QVariantMap bTarget {{"name", "B"}, {"serial", "emulator-5556"}};
+        QCOMPARE(store.runningTargets(), (QVariantList {a, bTarget}));
+
+        QCoro::waitFor(store.stopElsewhereTask(QStringLiteral("A")));
+        QVERIFY(store.elsewhere().isEmpty());
+        QVERIFY(store.stoppingElsewhere().isEmpty());
+        QCOMPARE(m_sim->runningEmulators(), QStringList {"emulator-5556"});
+        QCOMPARE(store.errorSummary(), std::nullopt);
+        stopAll(store);
+    }
+
+    void diskUseAndRemovingImages()
+    {
+        const QString used = QStringLiteral("system-images;android-34;google_apis;arm64-v8a");
+        const QString unused = QStringLiteral("system-images;android-35;google_apis;arm64-v8a");
+        m_sim->createPhone(pixel7, QStringLiteral("pixel_7"), used);
+        m_sim->installSystemImage(unused);
+        // The first boot makes the phone's 6 GB data image, sparse as the emulator's own.
+        m_sim->startPhone(pixel7);
+        m_sim->killEmulators();
+        PhoneStore store;
+        QCoro::waitFor(store.refreshTask());
+
+        const QString folder = store.phones().first().path;
+        qint64 apparent = 0;
+        for (const QFileInfo &file : QDir(folder).entryInfoList(QDir::Files))
+            apparent += file.size();
+        QVERIFY(apparent > 6'000'000'000);
+        const qint64 taken = store.phoneSizes().value(pixel7).toLongLong();
+        QVERIFY2(taken >= 4'000'000 && taken < 20'000'000, qPrintable(QString::number(taken)));
+        QCOMPARE(store.phonesBytes(), taken);
+        QCOMPARE(store.installedImages().size(), 2);
+        QCOMPARE(store.installedImages().at(0).users, QStringList {pixel7});
+        QCOMPARE(store.installedImages().at(1).users, QStringList {});
+        QVERIFY(store.imagesBytes() >= 4'000'000 && store.imagesBytes() < 20'000'000);
+        QVERIFY(store.freeBytes().value_or(0) > 0);
+        QCOMPARE(PhoneStore::formatBytes(taken).right(3), QStringLiteral(" MB"));
+
+        const QString sdk = AndroidTools::sdkRoot() + QStringLiteral("/system-images/");
+        QVERIFY(!QCoro::waitFor(store.removeImageTask(used)));
+        QCOMPARE(store.errorSummary(),
+            QStringLiteral("Android 14 (API 34), Google APIs is used by Pixel_7_API_34."));
+        QVERIFY(QFile::exists(sdk + QStringLiteral("android-34/google_apis/arm64-v8a/package.xml")));
+
+        QVERIFY(QCoro::waitFor(store.removeImageTask(unused)));
+        QVERIFY(!QFile::exists(sdk + QStringLiteral("android-35/google_apis/arm64-v8a")));
+        QCOMPARE(store.installedImages().size(), 1);
+        QVERIFY(store.imageJob()->lines().first().endsWith(QStringLiteral(" --uninstall ") + unused));
+    }
+
     void startOnlyWhenStopped()
     {
         m_sim->setBehaviour(QStringLiteral("emulator.never-boot"));
@@ -336,7 +407,7 @@ private Q_SLOTS:
         QTRY_COMPARE(phone->state(), State::Running);
         m_sim->startPhone(other, 5556);
         QVERIFY(!PhoneStore::lockFiles(folder).isEmpty());
-        QCoro::waitFor(store.checkLocksTask({pixel7, other}));
+        QCoro::waitFor(store.refreshTask());
         QCOMPARE(store.lockedPhones(), QStringList());
         QCoro::waitFor(store.removeLockAndStartTask(other, StartOptions {}));
         QCOMPARE(

@@ -30,6 +30,11 @@ public:
     Q_INVOKABLE void installSystemImage(const QString &id) { m_host->installSystemImage(id); }
     Q_INVOKABLE void makeReady() { m_host->makeReady(); }
     Q_INVOKABLE void createPhone(const QString &name) { m_host->createPhone(name); }
+    // Starts a phone's emulator as another program would, and returns its serial once it has booted.
+    Q_INVOKABLE QString startPhone(const QString &name, int port = 5554)
+    {
+        return m_host->startPhone(name, port);
+    }
     Q_INVOKABLE void setBehaviour(const QString &key, const QString &value = QStringLiteral("1"))
     {
         m_host->setBehaviour(key, value.toUtf8());

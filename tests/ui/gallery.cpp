@@ -416,6 +416,45 @@ int main(int argc, char *argv[])
             return nullptr;
         });
 
+    gallery.shoot(
+        QStringLiteral("21-phones-booting-slowly"),
+        [&](SimHost &host) {
+            readyWithPhones(host);
+            host.setBehaviour(QStringLiteral("emulator.never-boot"));
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            EmulatorProcess::Timing timing;
+            timing.slowBootAfter = std::chrono::seconds(4);
+            EmulatorProcess::setTiming(timing);
+            phonesTab(shot);
+            EmulatorProcess *runner
+                = startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Booting);
+            waitUntil([&] { return runner->slowBoot(); });
+            EmulatorProcess::setTiming({});
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("22-phones-disk-use-and-started-elsewhere"),
+        [&](SimHost &host) {
+            readyWithPhones(host);
+            host.startPhone(QStringLiteral("Pixel_8_Play"));
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            phonesTab(shot);
+            waitUntil([&] { return !shot.app->store()->elsewhere().isEmpty(); });
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("23-new-phone-image-sizes"),
+        [&](SimHost &host) {
+            readyWithPhones(host);
+            host.installSystemImage(QStringLiteral("system-images;android-33;google_apis;arm64-v8a"));
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            openSheet(shot);
+            return nullptr;
+        });
+
     std::printf("%d screens\n", gallery.saved);
     return 0;
 }

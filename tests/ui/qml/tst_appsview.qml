@@ -45,6 +45,23 @@ Item {
             return installer.output.split("\n")
         }
 
+        function test_phoneStartedElsewhereIsATarget() {
+            sim.reset()
+            sim.makeReady()
+            sim.createPhone("Pixel_Outside")
+            const serial = sim.startPhone("Pixel_Outside", 5556)
+            store.refresh()
+            tryVerify(() => store.elsewhere["Pixel_Outside"] === serial, 20000)
+            const view = createTemporaryObject(appsComponent, root)
+            compare(view.serial, serial)
+            compare(findChild(view, "phonePicker").currentText, "Pixel_Outside")
+            view.chooseFiles([apk("com.example.outside.apk")])
+            tryVerify(() => installer.packages.join() === "com.example.outside", 30000, installer.output)
+            store.stopElsewhere("Pixel_Outside")
+            tryVerify(() => store.runningTargets.length === 0, 20000)
+            verify(findChild(view, "noPhoneRunning").visible)
+        }
+
         function test_noPhoneRunning() {
             sim.reset()
             const view = createTemporaryObject(appsComponent, root)

@@ -51,6 +51,22 @@ Item {
             return null
         }
 
+        function test_phoneStartedElsewhere() {
+            sim.createPhone("Pixel_Outside")
+            sim.startPhone("Pixel_Outside")
+            const view = readyView()
+            tryVerify(() => rowFor(view, "Pixel_Outside") !== null, 20000)
+            const row = rowFor(view, "Pixel_Outside")
+            tryCompare(findChild(row, "statusLabel"), "text", "Running outside Tolvane", 20000)
+            verify(findChild(row, "diskSize").text.endsWith(" MB on disk"))
+            verify(findChild(view, "diskUseLine").visible)
+            for (const button of ["Start", "Wipe data", "Delete"])
+                verify(!findChild(row, button).enabled, button)
+            mouseClick(findChild(row, "Stop"))
+            tryCompare(findChild(row, "statusLabel"), "text", "Stopped", 20000)
+            verify(findChild(row, "Start").enabled)
+        }
+
         function test_noticesAndNoPhonesHint() {
             TolvaneApp.setup.refresh()
             const view = createTemporaryObject(phonesComponent, root)
