@@ -18,7 +18,7 @@ Item {
 
     StatusIcon {
         id: icon
-        objectName: "statusIcon"
+        objectName: "status " + row.name
         ok: row.ok
         label: row.name
         anchors.left: parent.left

@@ -249,6 +249,16 @@ int main(int argc, char *argv[])
         return runner;
     };
     gallery.shoot(QStringLiteral("11-phones-not-ready"), nothing, phonesTab);
+    gallery.shoot(
+        QStringLiteral("11b-phones-first-visit-loading"),
+        [&](SimHost &host) {
+            readyWithPhones(host);
+            host.setTimeScale(1.0);
+        },
+        [](Shot &shot) -> QQuickWindow * {
+            shot.selectTab(1);
+            return nullptr;
+        });
     gallery.shoot(QStringLiteral("12-phones-list"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
         phonesTab(shot);
         startAndWait(shot, QStringLiteral("Pixel_8_Play"), EmulatorProcess::State::Running);
@@ -319,6 +329,18 @@ int main(int argc, char *argv[])
         QStringLiteral("16-new-phone-sheet"), [](SimHost &host) { host.makeReady(); },
         [&](Shot &shot) -> QQuickWindow * {
             openSheet(shot);
+            return nullptr;
+        });
+    gallery.shoot(
+        QStringLiteral("16b-new-phone-loading"),
+        [](SimHost &host) {
+            host.makeReady();
+            host.setTimeScale(1.0);
+        },
+        [&](Shot &shot) -> QQuickWindow * {
+            phonesTab(shot);
+            shot.main->findChild<QObject *>(QStringLiteral("phonesView"))->setProperty("showNew", true);
+            waitUntil([&] { return shot.app->store()->imagesLoading(); });
             return nullptr;
         });
     gallery.shoot(

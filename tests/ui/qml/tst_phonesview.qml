@@ -86,11 +86,13 @@ Item {
             const row = rowFor(view, "Pixel_Start")
             const label = findChild(row, "statusLabel")
             compare(label.text, "Stopped")
+            compare(label.Accessible.name, "Pixel_Start: Stopped")
             const seen = []
             const record = () => { if (seen[seen.length - 1] !== label.text) seen.push(label.text) }
             label.textChanged.connect(record)
             mouseClick(findChild(row, "Start"))
             tryCompare(label, "text", "Running", 30000)
+            compare(label.Accessible.name, "Pixel_Start: Running")
             label.textChanged.disconnect(record)
             compare(seen, ["Starting", "Booting", "Running"])
             verify(!findChild(row, "Start").enabled)

@@ -59,8 +59,11 @@ Item {
             const view = createTemporaryObject(setupComponent, root)
             setup.refresh()
             verify(button(view, "Install Java").enabled)
+            const icon = findChild(view, "status Java (OpenJDK 17)")
+            compare(icon.Accessible.name, "Java (OpenJDK 17): not found")
             press(view, "Install Java")
             tryVerify(() => setup.javaReady, 20000)
+            compare(icon.Accessible.name, "Java (OpenJDK 17): found")
             verify(!button(view, "Install Java").visible)
             verify(button(view, "Install tools").enabled)
         }
