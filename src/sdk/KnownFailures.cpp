@@ -16,9 +16,10 @@ struct Entry
     Fix fix;
 };
 
-// Most specific first: the first match wins.
+// Most specific first: the first match wins. The installer's own refusals before adb install count
+// as the failures adb would have reported.
 constexpr Entry table[] = {
-    {"no-matching-abis", "INSTALL_FAILED_NO_MATCHING_ABIS",
+    {"no-matching-abis", "INSTALL_FAILED_NO_MATCHING_ABIS|Not installed: .* has native code only for",
         "The app has native code only for processors this phone does not have, usually x86 or x86_64 for "
         "Intel PCs.",
         "Ask the app's maker for a build that includes arm64-v8a, or for a universal APK.", Fix::None},
@@ -36,7 +37,7 @@ constexpr Entry table[] = {
         "The phone has no room left for this app.",
         "Uninstall apps you do not need, or wipe the phone's data on the Phones tab, and install again.",
         Fix::None},
-    {"not-an-apk", "INSTALL_PARSE_FAILED_",
+    {"not-an-apk", "INSTALL_PARSE_FAILED_|Not installed: .* is not a zip archive",
         "Android could not read this file as an app: it is damaged or not an APK.",
         "Download the .apk again. App bundles (.aab, .apks, .xapk) cannot be installed this way: ask for a "
         "plain .apk.",

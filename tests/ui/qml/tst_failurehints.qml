@@ -132,6 +132,16 @@ Item {
                 verify(tags.includes(name), name)
         }
 
+        // The phone's own system image is installed from its row, and the install's log shows there.
+        function test_installMissingImageFromTheRow() {
+            const hint = failOn("phone", "system-image-missing")
+            mouseClick(findChild(hint, "hintFix"))
+            tryVerify(() => store.imageJob.lines.length > 0, 20000)
+            verify(store.imageJob.lines[0].endsWith(" system-images;android-34;google_apis;arm64-v8a"), store.imageJob.lines[0])
+            verify(findChild(hint, "cancelJob") !== null)
+            tryVerify(() => !store.imageJob.isRunning, 30000)
+        }
+
         // A crashed emulator's locks: its row offers to remove them and start; once it runs, it never does.
         function test_staleLockRow() {
             sim.reset()
