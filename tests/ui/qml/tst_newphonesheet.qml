@@ -69,6 +69,33 @@ Item {
             tryVerify(() => store.phones.some(phone => phone.name === "Pixel_Phone"), 20000)
         }
 
+        function test_removeAnUnusedImage() {
+            const unused = "system-images;android-33;google_apis;arm64-v8a"
+            sim.installSystemImage(unused)
+            sim.createPhone("Pixel_Keeps")
+            const [view, sheet] = openSheet()
+            // The image rows are made by a repeater, so their buttons are looked up row by row.
+            const removeButton = id => {
+                const rows = findChild(sheet, "imageDiskBox").children
+                for (let i = 0; i < rows.length; ++i) {
+                    const button = findChild(rows[i], "Remove " + id)
+                    if (button)
+                        return button
+                }
+                return null
+            }
+            tryVerify(() => removeButton(unused) !== null, 20000)
+            compare(store.installedImages.length, 2)
+            verify(!removeButton("system-images;android-34;google_apis;arm64-v8a").visible)
+            mouseClick(removeButton(unused))
+            const dialog = findChild(sheet, "removeImageDialog")
+            tryVerify(() => dialog.opened)
+            compare(dialog.title, "Remove Android 13 (API 33), Google APIs?")
+            mouseClick(findChild(dialog, "confirm"))
+            tryVerify(() => store.installedImages.length === 1, 30000)
+            compare(store.installedImages[0].users, ["Pixel_Keeps"])
+        }
+
         function test_invalidNameDisablesCreate() {
             const [view, sheet] = openSheet()
             sim.installSystemImage(sheet.chosenImage.id)
