@@ -1,13 +1,15 @@
 #include "LogLines.h"
 
 LogLines::LogLines(QObject *parent)
-    : QObject(parent)
+    : QAbstractListModel(parent)
 { }
 
 void LogLines::reset(const QStringList &lines)
 {
+    beginResetModel();
     m_lines = lines;
-    Q_EMIT wasReset();
+    m_dropped = 0;
+    endResetModel();
     Q_EMIT countChanged();
 }
 
@@ -15,11 +17,9 @@ void LogLines::append(const QStringList &lines)
 {
     if (lines.isEmpty())
         return;
-    QString text = lines.join(QLatin1Char('\n'));
-    if (!m_lines.isEmpty())
-        text.prepend(QLatin1Char('\n'));
+    beginInsertRows({}, count(), count() + int(lines.size()) - 1);
     m_lines.append(lines);
-    Q_EMIT appended(text);
+    endInsertRows();
     Q_EMIT countChanged();
 }
 
@@ -27,21 +27,36 @@ void LogLines::replaceLast(const QString &line)
 {
     if (m_lines.isEmpty())
         return;
-    const qsizetype oldLength = m_lines.last().size();
     m_lines.last() = line;
-    Q_EMIT lastReplaced(line, oldLength);
+    const QModelIndex last = index(count() - 1);
+    Q_EMIT dataChanged(last, last);
 }
 
-void LogLines::dropFirst(qsizetype n)
+void LogLines::dropFirst(int n)
 {
-    n = std::min(n, m_lines.size());
+    n = std::min(n, count());
     if (n <= 0)
         return;
-    // Each dropped line takes its line break along, except a last line that has none.
-    qsizetype characters = n < m_lines.size() ? n : n - 1;
-    for (qsizetype i = 0; i < n; ++i)
-        characters += m_lines.at(i).size();
+    beginRemoveRows({}, 0, n - 1);
     m_lines.remove(0, n);
-    Q_EMIT droppedFront(characters);
+    m_dropped += n;
+    endRemoveRows();
     Q_EMIT countChanged();
+}
+
+int LogLines::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : count();
+}
+
+QVariant LogLines::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid() || index.row() >= count() || role != Qt::DisplayRole)
+        return {};
+    return m_lines.at(index.row());
+}
+
+QHash<int, QByteArray> LogLines::roleNames() const
+{
+    return {{Qt::DisplayRole, "line"}};
 }

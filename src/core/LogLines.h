@@ -1,13 +1,12 @@
 #pragma once
 
-#include <QObject>
+#include <QAbstractListModel>
 #include <QStringList>
 #include <QtQml/qqmlregistration.h>
 
-// The bounded output log of a job or an emulator. Every change is announced as the text it adds or
-// the characters it takes away, so a view that mirrors the log as one document follows a flood with
-// small edits at its ends, never a re-read of the whole log.
-class LogLines : public QObject
+// The bounded output log of a job or an emulator. Views follow it through the fine-grained model
+// signals, so a new line costs the view one row, never a re-read of the whole log.
+class LogLines : public QAbstractListModel
 {
     Q_OBJECT
     QML_ELEMENT
@@ -19,25 +18,26 @@ public:
 
     const QStringList &lines() const { return m_lines; }
     int count() const { return int(m_lines.size()); }
-    // The whole log as one text, one line after another.
+    // How many lines have been dropped from the front since the last reset; lets a view that mirrors
+    // the log tell a trim from a reset.
+    qint64 droppedCount() const { return m_dropped; }
+
+    // The whole log as one text, for copying.
     Q_INVOKABLE QString text() const { return m_lines.join(QLatin1Char('\n')); }
 
     void reset(const QStringList &lines);
     void append(const QStringList &lines);
     void replaceLast(const QString &line);
-    void dropFirst(qsizetype n);
+    void dropFirst(int n);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QHash<int, QByteArray> roleNames() const override;
 
 Q_SIGNALS:
     void countChanged();
-    // The log now holds exactly what text() says.
-    void wasReset();
-    // `text` goes at the very end; it begins with a line break unless the log was empty.
-    void appended(const QString &text);
-    // The first `characters` characters of text() went, with the line break after them.
-    void droppedFront(qsizetype characters);
-    // The last line changed; it was `oldLength` characters long.
-    void lastReplaced(const QString &line, qsizetype oldLength);
 
 private:
     QStringList m_lines;
+    qint64 m_dropped = 0;
 };
