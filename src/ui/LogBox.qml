@@ -11,7 +11,7 @@ Rectangle {
     property string placeholder
 
     radius: 6
-    color: Qt.rgba(0, 0, 0, 0.06)
+    color: Style.logBackground
 
     ListView {
         id: list
@@ -32,8 +32,11 @@ Rectangle {
             readOnly: true
             selectByMouse: true
             textFormat: TextEdit.PlainText
-            wrapMode: TextEdit.WrapAnywhere
+            // Long words still break, but ordinary text wraps between words.
+            wrapMode: TextEdit.WrapAtWordBoundaryOrAnywhere
             font: Style.monoCaption
+            color: Style.text
+            selectionColor: Style.accent
         }
         // Follows the end once per event-loop turn, however many lines arrived in it.
         property bool following: false
