@@ -191,16 +191,12 @@ QCoro::Task<> ApkInstaller::reinstallTask(QString package, QString path, QString
 {
     beginAction();
     setBusy(true);
-    log(QStringLiteral("Uninstalling ") + package + QStringLiteral("..."));
-    const QStringList arguments = {QStringLiteral("uninstall"), package};
-    const std::optional<double> timeout = uninstallTimeout;
     QPointer<ApkInstaller> self(this);
-    auto running = AndroidTools::runADB(arguments, serial, timeout);
-    const ProcessResult result = co_await std::move(running);
+    auto removing = removePackage(package, serial);
+    const bool removed = co_await std::move(removing);
     if (!self)
         co_return;
-    log(reply(result).value_or(QStringLiteral("(no output)")));
-    if (result.isClean()) {
+    if (removed) {
         auto installing = installOne(path, serial);
         co_await std::move(installing);
         if (!self)
@@ -248,6 +244,19 @@ QCoro::Task<> ApkInstaller::uninstallTask(QString package, QString serial)
 {
     beginAction();
     setBusy(true);
+    QPointer<ApkInstaller> self(this);
+    auto removing = removePackage(package, serial);
+    co_await std::move(removing);
+    if (!self)
+        co_return;
+    setBusy(false);
+
+    auto listing = refreshPackagesTask(serial);
+    co_await std::move(listing);
+}
+
+QCoro::Task<bool> ApkInstaller::removePackage(QString package, QString serial)
+{
     log(QStringLiteral("Uninstalling ") + package + QStringLiteral("..."));
     const QStringList arguments = {QStringLiteral("uninstall"), package};
     const std::optional<double> timeout = uninstallTimeout;
@@ -255,12 +264,9 @@ QCoro::Task<> ApkInstaller::uninstallTask(QString package, QString serial)
     auto running = AndroidTools::runADB(arguments, serial, timeout);
     const ProcessResult result = co_await std::move(running);
     if (!self)
-        co_return;
+        co_return false;
     log(reply(result).value_or(QStringLiteral("(no output)")));
-    setBusy(false);
-
-    auto listing = refreshPackagesTask(serial);
-    co_await std::move(listing);
+    co_return result.isClean();
 }
 
 QCoro::Task<> ApkInstaller::screenshotTask(QString serial)

@@ -87,6 +87,8 @@ private:
     QCoro::Task<QStringList> phoneAbis(QString serial);
     // Logs its own lines; a failure is reported like any other and does not stop a batch.
     QCoro::Task<> installOne(QString path, QString serial);
+    // Logs and runs one uninstall; true when adb removed the app.
+    QCoro::Task<bool> removePackage(QString package, QString serial);
     void saveScreenshot(const QString &path, const QByteArray &png);
     void setBusy(bool busy);
     void setPackages(const QStringList &packages);

@@ -5,8 +5,9 @@ import QtQuick.Layouts
 import QtQuick.Shapes
 import Tolvane
 
-// Installs apps on a running phone, lists and removes the user's apps, takes screenshots.
-ColumnLayout {
+// Installs apps on a running phone, lists and removes the user's apps, takes screenshots. The tab scrolls
+// when the window is too small for everything, so nothing is cut off.
+ScrollView {
     id: view
     property PhoneStore store: TolvaneApp.store
     property ApkInstaller installer: TolvaneApp.installer
@@ -54,240 +55,247 @@ ColumnLayout {
             installer.refreshPackages(serial)
     }
 
-    spacing: 10
+    contentWidth: availableWidth
+    clip: true
 
-    RowLayout {
-        visible: view.target !== null
-        Layout.fillWidth: true
-        Layout.topMargin: 12
-        Layout.leftMargin: 12
-        Layout.rightMargin: 12
-        Label { text: "Phone" }
-        ComboBox {
-            objectName: "phonePicker"
-            model: view.running.map(runner => runner.name)
-            currentIndex: view.target ? model.indexOf(view.target.name) : -1
-            onActivated: index => view.selectedName = model[index]
-            Layout.preferredWidth: 280
-            Accessible.name: "Phone"
-        }
-        Button {
-            objectName: "Take screenshot"
-            text: "Take screenshot"
-            enabled: !view.installer.busy
-            onClicked: view.installer.screenshot(view.serial)
-        }
-        Item { Layout.fillWidth: true }
-    }
+    ColumnLayout {
+        width: view.availableWidth
+        height: Math.max(view.availableHeight, implicitHeight)
+        spacing: 10
 
-    DropArea {
-        id: dropZone
-        objectName: "dropZone"
-        visible: view.target !== null
-        Layout.fillWidth: true
-        Layout.leftMargin: 12
-        Layout.rightMargin: 12
-        Layout.preferredHeight: Math.max(90, dropColumn.implicitHeight + 24)
-        Accessible.role: Accessible.Grouping
-        Accessible.name: "Drop .apk files here"
-        Accessible.description: "Drop .apk files here to install them on " + (view.target ? view.target.name : "the phone")
-        onEntered: drag => {
-            view.targeted = true
-            drag.accept(Qt.CopyAction)
-        }
-        onExited: view.targeted = false
-        onDropped: drop => {
-            view.targeted = false
-            view.dropFiles(drop.urls)
-            drop.accept(Qt.CopyAction)
-        }
-
-        Shape {
-            anchors.fill: parent
-            ShapePath {
-                id: outline
-                readonly property real r: 8
-                readonly property real w: dropZone.width
-                readonly property real h: dropZone.height
-                fillColor: view.targeted ? Qt.rgba(Style.accent.r, Style.accent.g, Style.accent.b, 0.15)
-                                         : Qt.rgba(0.5, 0.5, 0.5, Style.dark ? 0.14 : 0.08)
-                strokeColor: view.targeted ? Style.accent : Style.secondary
-                strokeWidth: 1.5
-                strokeStyle: ShapePath.DashLine
-                dashPattern: [8 / 1.5, 8 / 1.5]
-                startX: outline.r
-                startY: 0.75
-                PathLine { x: outline.w - outline.r; y: 0.75 }
-                PathArc { x: outline.w - 0.75; y: outline.r; radiusX: outline.r; radiusY: outline.r }
-                PathLine { x: outline.w - 0.75; y: outline.h - outline.r }
-                PathArc { x: outline.w - outline.r; y: outline.h - 0.75; radiusX: outline.r; radiusY: outline.r }
-                PathLine { x: outline.r; y: outline.h - 0.75 }
-                PathArc { x: 0.75; y: outline.h - outline.r; radiusX: outline.r; radiusY: outline.r }
-                PathLine { x: 0.75; y: outline.r }
-                PathArc { x: outline.r; y: 0.75; radiusX: outline.r; radiusY: outline.r }
-            }
-        }
-        ColumnLayout {
-            id: dropColumn
-            anchors.centerIn: parent
-            spacing: 8
-            Label {
-                text: "Drop .apk files here"
-                Layout.alignment: Qt.AlignHCenter
-                Accessible.ignored: true
+        RowLayout {
+            visible: view.target !== null
+            Layout.fillWidth: true
+            Layout.topMargin: 12
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+            Label { text: "Phone" }
+            ComboBox {
+                objectName: "phonePicker"
+                model: view.running.map(runner => runner.name)
+                currentIndex: view.target ? model.indexOf(view.target.name) : -1
+                onActivated: index => view.selectedName = model[index]
+                Layout.preferredWidth: 280
+                Accessible.name: "Phone"
             }
             Button {
-                objectName: "Choose APK..."
-                text: "Choose APK..."
+                objectName: "Take screenshot"
+                text: "Take screenshot"
                 enabled: !view.installer.busy
-                onClicked: view.showOpenDialog()
-                Layout.alignment: Qt.AlignHCenter
+                onClicked: view.installer.screenshot(view.serial)
+            }
+            Item { Layout.fillWidth: true }
+        }
+
+        DropArea {
+            id: dropZone
+            objectName: "dropZone"
+            visible: view.target !== null
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+            Layout.preferredHeight: Math.max(90, dropColumn.implicitHeight + 24)
+            Accessible.role: Accessible.Grouping
+            Accessible.name: "Drop .apk files here"
+            Accessible.description: "Drop .apk files here to install them on " + (view.target ? view.target.name : "the phone")
+            onEntered: drag => {
+                view.targeted = true
+                drag.accept(Qt.CopyAction)
+            }
+            onExited: view.targeted = false
+            onDropped: drop => {
+                view.targeted = false
+                view.dropFiles(drop.urls)
+                drop.accept(Qt.CopyAction)
+            }
+
+            Shape {
+                anchors.fill: parent
+                ShapePath {
+                    id: outline
+                    readonly property real r: 8
+                    readonly property real w: dropZone.width
+                    readonly property real h: dropZone.height
+                    fillColor: view.targeted ? Qt.rgba(Style.accent.r, Style.accent.g, Style.accent.b, 0.15)
+                                             : Qt.rgba(0.5, 0.5, 0.5, Style.dark ? 0.14 : 0.08)
+                    strokeColor: view.targeted ? Style.accent : Style.secondary
+                    strokeWidth: 1.5
+                    strokeStyle: ShapePath.DashLine
+                    dashPattern: [8 / 1.5, 8 / 1.5]
+                    startX: outline.r
+                    startY: 0.75
+                    PathLine { x: outline.w - outline.r; y: 0.75 }
+                    PathArc { x: outline.w - 0.75; y: outline.r; radiusX: outline.r; radiusY: outline.r }
+                    PathLine { x: outline.w - 0.75; y: outline.h - outline.r }
+                    PathArc { x: outline.w - outline.r; y: outline.h - 0.75; radiusX: outline.r; radiusY: outline.r }
+                    PathLine { x: outline.r; y: outline.h - 0.75 }
+                    PathArc { x: 0.75; y: outline.h - outline.r; radiusX: outline.r; radiusY: outline.r }
+                    PathLine { x: 0.75; y: outline.r }
+                    PathArc { x: outline.r; y: 0.75; radiusX: outline.r; radiusY: outline.r }
+                }
+            }
+            ColumnLayout {
+                id: dropColumn
+                anchors.centerIn: parent
+                spacing: 8
+                Label {
+                    text: "Drop .apk files here"
+                    Layout.alignment: Qt.AlignHCenter
+                    Accessible.ignored: true
+                }
+                Button {
+                    objectName: "Choose APK..."
+                    text: "Choose APK..."
+                    enabled: !view.installer.busy
+                    onClicked: view.showOpenDialog()
+                    Layout.alignment: Qt.AlignHCenter
+                }
             }
         }
-    }
 
-    RowLayout {
-        visible: view.target !== null
-        Layout.fillWidth: true
-        Layout.leftMargin: 12
-        Layout.rightMargin: 12
+        RowLayout {
+            visible: view.target !== null
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+            Label {
+                text: "Installed apps"
+                font: Style.headline
+            }
+            Item { Layout.fillWidth: true }
+            Button {
+                objectName: "Refresh"
+                text: "Refresh"
+                onClicked: view.installer.refreshPackages(view.serial)
+            }
+        }
         Label {
-            text: "Installed apps"
-            font: Style.headline
+            objectName: "packagesNote"
+            visible: view.target !== null && view.installer.packagesNote !== undefined
+            text: view.installer.packagesNote !== undefined ? view.installer.packagesNote : ""
+            textFormat: Text.PlainText
+            font: Style.caption
+            color: Style.secondary
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
         }
-        Item { Layout.fillWidth: true }
-        Button {
-            objectName: "Refresh"
-            text: "Refresh"
-            onClicked: view.installer.refreshPackages(view.serial)
+        FailureHint {
+            objectName: "packagesHint"
+            visible: view.target !== null && explained.what !== undefined
+            text: view.installer.packagesNote !== undefined ? view.installer.packagesNote : ""
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
         }
-    }
-    Label {
-        objectName: "packagesNote"
-        visible: view.target !== null && view.installer.packagesNote !== undefined
-        text: view.installer.packagesNote !== undefined ? view.installer.packagesNote : ""
-        textFormat: Text.PlainText
-        font: Style.caption
-        color: Style.secondary
-        wrapMode: Text.Wrap
-        Layout.fillWidth: true
-        Layout.leftMargin: 12
-        Layout.rightMargin: 12
-    }
-    FailureHint {
-        objectName: "packagesHint"
-        visible: view.target !== null && explained.what !== undefined
-        text: view.installer.packagesNote !== undefined ? view.installer.packagesNote : ""
-        Layout.fillWidth: true
-        Layout.leftMargin: 12
-        Layout.rightMargin: 12
-    }
-    ListView {
-        objectName: "packageList"
-        visible: view.target !== null
-        model: view.installer.packages
-        clip: true
-        Layout.fillWidth: true
-        Layout.fillHeight: true
-        Layout.minimumHeight: 120
-        Layout.leftMargin: 12
-        Layout.rightMargin: 12
-        ScrollBar.vertical: ScrollBar {}
-        delegate: RowLayout {
-            required property string modelData
-            width: ListView.view.width
-            Label {
-                text: modelData
-                font: Style.mono
-                elide: Text.ElideRight
-                Layout.fillWidth: true
-            }
-            Button {
-                objectName: "uninstall " + modelData
-                text: "Uninstall"
-                enabled: !view.installer.busy
-                onClicked: view.installer.uninstall(modelData, view.serial)
-                Accessible.name: "Uninstall " + modelData
-            }
-        }
-    }
-
-    Label {
-        objectName: "noPhoneRunning"
-        visible: view.target === null
-        text: "No phone is running. Start a phone on the Phones tab and wait until it says Running, then come back here to install apps."
-        color: Style.secondary
-        wrapMode: Text.Wrap
-        Layout.fillWidth: true
-        Layout.topMargin: 12
-        Layout.leftMargin: 12
-        Layout.rightMargin: 12
-    }
-    Item {
-        visible: view.target === null
-        Layout.fillHeight: true
-    }
-
-    Label {
-        text: "adb output"
-        font: Style.headline
-        Layout.leftMargin: 12
-    }
-    Rectangle {
-        radius: 6
-        color: Style.terminal
-        Layout.fillWidth: true
-        Layout.preferredHeight: 110
-        Layout.leftMargin: 12
-        Layout.rightMargin: 12
-        Layout.bottomMargin: 12
-        Flickable {
-            id: outputFlick
-            anchors.fill: parent
-            anchors.margins: 6
+        ListView {
+            objectName: "packageList"
+            visible: view.target !== null
+            model: view.installer.packages
             clip: true
-            contentWidth: width
-            contentHeight: output.contentHeight
-            boundsBehavior: Flickable.StopAtBounds
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            Layout.minimumHeight: 120
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
             ScrollBar.vertical: ScrollBar {}
-            onContentHeightChanged: contentY = Math.max(0, contentHeight - height)
-            TextEdit {
-                id: output
-                objectName: "adbOutput"
-                width: outputFlick.width
-                text: view.installer.output.length > 0 ? view.installer.output : "Nothing yet."
-                textFormat: TextEdit.PlainText
-                readOnly: true
-                selectByMouse: true
-                wrapMode: TextEdit.WrapAnywhere
-                font: Style.mono
-                color: view.installer.output.length > 0 ? Style.terminalText : Style.terminalPlaceholder
-                selectionColor: Style.accent
-                Accessible.role: Accessible.EditableText
-                Accessible.name: "adb output"
-                Accessible.readOnly: true
+            delegate: RowLayout {
+                required property string modelData
+                width: ListView.view.width
+                Label {
+                    text: modelData
+                    font: Style.mono
+                    elide: Text.ElideRight
+                    Layout.fillWidth: true
+                }
+                Button {
+                    objectName: "uninstall " + modelData
+                    text: "Uninstall"
+                    enabled: !view.installer.busy
+                    onClicked: view.installer.uninstall(modelData, view.serial)
+                    Accessible.name: "Uninstall " + modelData
+                }
             }
         }
-    }
 
-    FailureHint {
-        objectName: "outputHint"
-        text: view.installer.latestOutput
-        serial: view.serial
-        Layout.fillWidth: true
-        Layout.leftMargin: 12
-        Layout.rightMargin: 12
-        Layout.bottomMargin: 12
-    }
+        Label {
+            objectName: "noPhoneRunning"
+            visible: view.target === null
+            text: "No phone is running. Start a phone on the Phones tab and wait until it says Running, then come back here to install apps."
+            color: Style.secondary
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+            Layout.topMargin: 12
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+        }
+        Item {
+            visible: view.target === null
+            Layout.fillHeight: true
+        }
 
-    Component {
-        id: openDialogComponent
-        FileDialog {
-            objectName: "openDialog"
-            title: "Choose APK files"
-            fileMode: FileDialog.OpenFiles
-            nameFilters: ["Android apps (*.apk)"]
-            onAccepted: view.chooseFiles(selectedFiles)
+        Label {
+            text: "adb output"
+            font: Style.headline
+            Layout.leftMargin: 12
+        }
+        Rectangle {
+            radius: 6
+            color: Style.terminal
+            Layout.fillWidth: true
+            Layout.preferredHeight: 110
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+            Layout.bottomMargin: 12
+            Flickable {
+                id: outputFlick
+                anchors.fill: parent
+                anchors.margins: 6
+                clip: true
+                contentWidth: width
+                contentHeight: output.contentHeight
+                boundsBehavior: Flickable.StopAtBounds
+                ScrollBar.vertical: ScrollBar {}
+                onContentHeightChanged: contentY = Math.max(0, contentHeight - height)
+                TextEdit {
+                    id: output
+                    objectName: "adbOutput"
+                    width: outputFlick.width
+                    text: view.installer.output.length > 0 ? view.installer.output : "Nothing yet."
+                    textFormat: TextEdit.PlainText
+                    readOnly: true
+                    selectByMouse: true
+                    wrapMode: TextEdit.WrapAnywhere
+                    font: Style.mono
+                    color: view.installer.output.length > 0 ? Style.terminalText : Style.terminalPlaceholder
+                    selectionColor: Style.accent
+                    Accessible.role: Accessible.EditableText
+                    Accessible.name: "adb output"
+                    Accessible.readOnly: true
+                }
+            }
+        }
+
+        FailureHint {
+            objectName: "outputHint"
+            text: view.installer.latestOutput
+            serial: view.serial
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+            Layout.bottomMargin: 12
+        }
+
+        Component {
+            id: openDialogComponent
+            FileDialog {
+                objectName: "openDialog"
+                title: "Choose APK files"
+                fileMode: FileDialog.OpenFiles
+                nameFilters: ["Android apps (*.apk)"]
+                onAccepted: view.chooseFiles(selectedFiles)
+            }
         }
     }
 }
