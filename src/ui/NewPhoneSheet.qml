@@ -89,7 +89,8 @@ Dialog {
         store.createPhone(name, device, image)
     }
 
-    onPlayStoreChanged: fixAPI()
+    // Runs once the choices follow the switch: the switch's own change comes before them.
+    onApiChoicesChanged: fixAPI()
     Connections {
         target: sheet.store
         function onDevicesChanged() { sheet.pickFirstDevice() }

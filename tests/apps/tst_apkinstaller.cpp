@@ -99,6 +99,13 @@ private Q_SLOTS:
 
     void cleanupTestCase() { m_sim.reset(); }
 
+    void realTimeouts()
+    {
+        QCOMPARE((QList<double> {ApkInstaller::listTimeout, ApkInstaller::uninstallTimeout,
+                     ApkInstaller::screenshotTimeout}),
+            (QList<double> {10.0, 30.0, 30.0}));
+    }
+
     void onlyApkFiles()
     {
         ApkInstaller installer;
@@ -144,11 +151,13 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("packages");
         QTest::addColumn<int>("installsRun");
 
-        QTest::newRow("one of three is not an apk")
-            << QStringList {"zeta.apk", "notes.txt", "Alpha.APK"} << QStringList() << QString()
+        // The second zeta.apk replaces the first.
+        QTest::newRow("one is not an apk, one comes again")
+            << QStringList {"zeta.apk", "notes.txt", "Alpha.APK", "zeta.apk"} << QStringList() << QString()
             << QStringLiteral("Installing zeta.apk...\nPerforming Streamed Install\nSuccess\n"
-                              "Installing Alpha.APK...\nPerforming Streamed Install\nSuccess")
-            << QStringList {"com.example.alpha", "com.example.zeta"} << 2;
+                              "Installing Alpha.APK...\nPerforming Streamed Install\nSuccess\n"
+                              "Installing zeta.apk...\nPerforming Streamed Install\nSuccess")
+            << QStringList {"com.example.alpha", "com.example.zeta"} << 3;
         QTest::newRow("a failed install does not stop the batch")
             << QStringList {"broken.apk", "good.Apk"} << QStringList() << QString()
             << QStringLiteral("Installing broken.apk...\nPerforming Streamed Install\nadb: failed to install "

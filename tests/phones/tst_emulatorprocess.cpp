@@ -83,7 +83,7 @@ private Q_SLOTS:
         QTest::qWait(250);
         m_sim->killEmulators();
         for (const char *key : {"emulator.script", "adb.script", "emulator.crash", "emulator.exit-early",
-                 "emulator.ignore-kill"})
+                 "emulator.ignore-kill", "emulator.never-boot"})
             m_sim->clearBehaviour(QLatin1String(key));
     }
 
@@ -134,6 +134,17 @@ private Q_SLOTS:
         options.scale = scale;
         options.gpu = gpu;
         QCOMPARE(options.arguments(), arguments);
+    }
+
+    // The real waits, pinned once; every other test runs with short ones.
+    void realTiming()
+    {
+        const EmulatorProcess::Timing timing;
+        QCOMPARE(timing.bootPollInterval, 2000ms);
+        QCOMPARE(timing.stopWaitRounds * timing.stopWaitStep, 10000ms);
+        QCOMPARE(timing.endDelay, 500ms);
+        QCOMPARE(timing.adbTimeout, 10.0);
+        QCOMPARE(timing.slowBootAfter, 180000ms);
     }
 
     void startBootAndStopWithTheRealWaits()
@@ -297,6 +308,31 @@ private Q_SLOTS:
         QCOMPARE(m_sim->adbCalls().count(QStringLiteral("-s emulator-5554 emu kill")), 1);
         phone.stop();
         QCOMPARE(phone.state(), State::Stopped);
+    }
+
+    // A poll asleep when Stop comes asks adb nothing more, even once the phone starts again.
+    void stopEndsTheBootPoll()
+    {
+        EmulatorProcess::Timing slow = quickTiming();
+        slow.bootPollInterval = 1000ms;
+        EmulatorProcess::setTiming(slow);
+        m_sim->setBehaviour(QStringLiteral("emulator.never-boot"));
+        EmulatorProcess phone(phoneName);
+        phone.start(emulator(), 5554, StartOptions {});
+        // Stop while the poll sleeps, after its first boot question.
+        QTRY_VERIFY(
+            m_sim->adbCalls().contains(QStringLiteral("-s emulator-5554 shell getprop sys.boot_completed")));
+        QTest::qWait(200);
+        QCoro::waitFor(phone.stopTask());
+        EmulatorProcess::setTiming(quickTiming());
+        phone.start(emulator(), 5556, StartOptions {});
+        QTest::qWait(1500); // past the sleeping round's end
+        const QStringList calls = m_sim->adbCalls();
+        const qsizetype killed = calls.indexOf(QStringLiteral("-s emulator-5554 emu kill"));
+        QVERIFY(killed > 0);
+        QCOMPARE(calls.mid(killed).filter(QStringLiteral("emulator-5554")).size(), 1);
+        QVERIFY(calls.mid(killed).contains(QStringLiteral("-s emulator-5556 get-state")));
+        QCoro::waitFor(phone.stopTask());
     }
 
     void startWhileRunningChangesNothing()

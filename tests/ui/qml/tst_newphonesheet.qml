@@ -124,12 +124,12 @@ Item {
 
         function test_playSwitchMovesTheVersion() {
             const [view, sheet] = openSheet()
-            const plain = sheet.apiChoices.slice()
-            sheet.api = plain[plain.length - 1]
+            // The newest Google APIs level has no Google Play image.
+            compare(sheet.api, 35)
             mouseClick(findChild(sheet, "playSwitch"))
             verify(sheet.playStore)
             verify(sheet.apiChoices.indexOf(sheet.api) >= 0)
-            verify(sheet.chosenImage === undefined || sheet.chosenImage.variant === "google_apis_playstore")
+            verify(sheet.chosenImage.variant === "google_apis_playstore")
         }
 
         function test_failedCreateShowsTheError() {
