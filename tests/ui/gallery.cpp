@@ -439,7 +439,7 @@ int main(int argc, char *argv[])
         });
 
     gallery.shoot(
-        QStringLiteral("21-phones-booting-slowly"),
+        QStringLiteral("24-phones-booting-slowly"),
         [&](SimHost &host) {
             readyWithPhones(host);
             host.setBehaviour(QStringLiteral("emulator.never-boot"));
@@ -456,7 +456,7 @@ int main(int argc, char *argv[])
             return nullptr;
         });
     gallery.shoot(
-        QStringLiteral("22-phones-disk-use-and-started-elsewhere"),
+        QStringLiteral("25-phones-disk-use-and-started-elsewhere"),
         [&](SimHost &host) {
             readyWithPhones(host);
             host.startPhone(QStringLiteral("Pixel_8_Play"));
@@ -467,7 +467,7 @@ int main(int argc, char *argv[])
             return nullptr;
         });
     gallery.shoot(
-        QStringLiteral("23-new-phone-image-sizes"),
+        QStringLiteral("26-new-phone-image-sizes"),
         [&](SimHost &host) {
             readyWithPhones(host);
             host.installSystemImage(QStringLiteral("system-images;android-33;google_apis;arm64-v8a"));
