@@ -144,8 +144,14 @@ Item {
             compare(findChild(box, "detailsSummary").text, "avdmanager could not create the phone.")
             verify(sheet.visible)
             // With the details open in the smallest window, the sheet still fits and its buttons show.
-            mouseClick(findChild(box, "showDetails"))
-            verify(box.open)
+            // The box has only just appeared below the choices: scroll to it once it is laid out, then open it.
+            const toggle = findChild(box, "showDetails")
+            tryVerify(() => toggle.visible && toggle.width > 0 && toggle.height > 0, 5000, "the toggle is laid out")
+            const flick = findChild(sheet, "sheetScroller").contentItem
+            flick.contentY = Math.max(0, flick.contentHeight - flick.height)
+            wait(100)
+            mouseClick(toggle)
+            tryVerify(() => box.open, 5000, "the details opened")
             wait(50)
             for (const name of ["Close", "Create"]) {
                 const button = findChild(sheet, name)
