@@ -6,6 +6,7 @@
 #include "TestFiles.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -212,7 +213,12 @@ private Q_SLOTS:
         // A file refused without asking the phone is done before install() returns.
         QVERIFY(installer.busy() || abis == QStringList {"text"});
         QTRY_COMPARE(busyWhileListed.size(), 1);
-        QCOMPARE(installer.output(), output.replace(QStringLiteral("<folder>"), m_dir->path()));
+        // libzip words its own reason differently from one release to the next; the sentence around it is
+        // ours.
+        static const QRegularExpression zipReason(QStringLiteral("(is not a zip archive \\()[^)]*\\)"));
+        QCOMPARE(installer.output().replace(zipReason, QStringLiteral("\\1...)")),
+            output.replace(QStringLiteral("<folder>"), m_dir->path())
+                .replace(zipReason, QStringLiteral("\\1...)")));
         QCOMPARE(installer.packages(), packages);
         // busy covers the installs only; the listing that follows runs with it clear.
         QCOMPARE(busy.count(), 2);
