@@ -223,28 +223,14 @@ void PhoneStore::installImageFor(const QString &name)
 
 QCoro::Task<bool> PhoneStore::installImageForTask(QString name)
 {
-    // config.ini names the image's folder below the SDK root, e.g.
-    // system-images/android-34/google_apis/arm64-v8a/
-    QFile config(avdPath(name) + QStringLiteral("/config.ini"));
-    QString folder;
-    if (config.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        const QString prefix = QStringLiteral("image.sysdir.1=");
-        const QStringList lines = QString::fromUtf8(config.readAll()).split(QLatin1Char('\n'));
-        for (const QString &line : lines) {
-            if (line.trimmed().startsWith(prefix))
-                folder = line.trimmed().mid(prefix.size()).trimmed();
-        }
-    }
-    const QStringList parts = folder.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    const std::optional<SystemImage> configured = configuredImage(avdPath(name));
+    const QStringList parts = configured ? configured->id.split(QLatin1Char(';')) : QStringList();
     if (parts.size() != 4 || !parts[1].startsWith(QLatin1String("android-"))) {
         setError(QStringLiteral("Could not tell which system image ") + name + QStringLiteral(" needs."),
             QStringLiteral("Its config.ini names no system image folder."));
         co_return false;
     }
-    SystemImage image;
-    image.id = parts.join(QLatin1Char(';'));
-    image.api = parts[1].mid(8).toLongLong();
-    image.variant = parts[2];
+    const SystemImage image = *configured;
     auto installing = installImageTask(image);
     const bool installed = co_await std::move(installing);
     co_return installed;

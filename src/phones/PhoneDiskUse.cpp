@@ -25,8 +25,9 @@ SystemImage imageAt(const QString &relativeFolder)
     return image;
 }
 
-// The image a phone's config.ini names, as a package id; none when the file does not say.
-std::optional<QString> configuredImage(const QString &phonePath)
+} // namespace
+
+std::optional<SystemImage> PhoneStore::configuredImage(const QString &phonePath)
 {
     QFile config(phonePath + QStringLiteral("/config.ini"));
     if (phonePath.isEmpty() || !config.open(QIODevice::ReadOnly | QIODevice::Text))
@@ -35,12 +36,10 @@ std::optional<QString> configuredImage(const QString &phonePath)
     while (!config.atEnd()) {
         const QByteArray line = config.readLine().trimmed();
         if (line.startsWith(key))
-            return imageAt(QString::fromUtf8(line.mid(key.size()))).id;
+            return imageAt(QString::fromUtf8(line.mid(key.size()).trimmed()));
     }
     return std::nullopt;
 }
-
-} // namespace
 
 qint64 PhoneStore::phonesBytes() const
 {
@@ -91,9 +90,9 @@ QStringList PhoneStore::imageUsers(const QString &id) const
         = QStringLiteral("Tag/ABI: ") + parts.value(2) + QLatin1Char('/') + parts.value(3);
     QStringList users;
     for (const AVDInfo &phone : m_phones) {
-        const std::optional<QString> configured = configuredImage(phone.path);
+        const std::optional<SystemImage> configured = configuredImage(phone.path);
         // Without its config the listing's wording decides, erring towards keeping the image.
-        if (configured ? *configured == id : phone.basedOn.contains(tagAndAbi))
+        if (configured ? configured->id == id : phone.basedOn.contains(tagAndAbi))
             users.append(phone.name);
     }
     return users;

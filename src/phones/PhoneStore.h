@@ -203,6 +203,8 @@ private:
     void removeRunner(const QString &name);
     QCoro::Task<> createAndAnnounceTask(QString name, DeviceDef device, SystemImage image);
     QString avdPath(const QString &name) const;
+    // The system image a phone's config.ini names (image.sysdir.1, a folder below the SDK root).
+    static std::optional<SystemImage> configuredImage(const QString &phonePath);
     void checkLocks(const QStringList &names);
     void runnerStateChanged(EmulatorProcess *runner);
     void setLockedPhones(const QStringList &names);
