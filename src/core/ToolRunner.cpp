@@ -37,6 +37,16 @@ struct ProcessEnd
     void await_resume() const { }
 };
 
+// Appends in place. QByteArray's own append copies the whole array each time it outgrows its block, which
+// for a tool's long output means copying tens of megabytes in one event-loop turn; growing by resize()
+// lets the allocator extend the block instead.
+void appendBytes(QByteArray &to, const QByteArray &bytes)
+{
+    const qsizetype held = to.size();
+    to.resize(held + bytes.size());
+    std::memcpy(to.data() + held, bytes.constData(), size_t(bytes.size()));
+}
+
 // The error of opening as many descriptors as a run needs for its pipes, or 0 when that works.
 int descriptorShortage()
 {
@@ -97,7 +107,7 @@ QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironme
         const QString chunk = QString::fromUtf8(bytes);
         result.text += chunk;
         if (isStdout)
-            result.stdoutData += bytes;
+            appendBytes(result.stdoutData, bytes);
         if (onOutput)
             onOutput(chunk);
     };
