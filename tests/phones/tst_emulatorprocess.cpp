@@ -227,6 +227,8 @@ private Q_SLOTS:
         phone.start(emulator(), 5554, StartOptions {});
         QCOMPARE(phone.failure(), std::nullopt);
         QCOMPARE(phone.lines(), QStringList {commandLine});
+        // Ended here, before it can outlive the test unseen.
+        QCoro::waitFor(phone.stopTask());
     }
 
     void stopThatNeedsTermination_data()
