@@ -82,7 +82,7 @@ void prepare(SimHost &host, const QString &word)
         host.makeReady();
         host.createPhone(QStringLiteral("Pixel_7_API_34"));
         host.createPhone(QStringLiteral("Pixel_8_Play"), QStringLiteral("pixel_8"),
-            QStringLiteral("system-images;android-35;google_apis_playstore;arm64-v8a"));
+            QStringLiteral("system-images;android-34;google_apis_playstore;arm64-v8a"));
         host.addBrokenPhone(QStringLiteral("Old_Phone"));
     } else if (word == QLatin1String("started-elsewhere"))
         host.startPhone(QStringLiteral("Pixel_8_Play"));

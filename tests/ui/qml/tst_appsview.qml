@@ -37,10 +37,6 @@ Item {
             tryCompare(store.runner(name), "state", EmulatorProcess.Running, 30000)
         }
 
-        function apk(name) {
-            return sim.writeApk(name)
-        }
-
         function test_phoneStartedElsewhereIsATarget() {
             sim.reset()
             sim.makeReady()
@@ -51,7 +47,7 @@ Item {
             const view = createTemporaryObject(appsComponent, root)
             compare(view.serial, serial)
             compare(findChild(view, "phonePicker").currentText, "Pixel_Outside")
-            view.chooseFiles([apk("com.example.outside.apk")])
+            view.chooseFiles([sim.writeApk("com.example.outside.apk")])
             tryVerify(() => installer.packages.join() === "com.example.outside", 30000, installer.output)
             store.stopElsewhere("Pixel_Outside")
             tryVerify(() => store.runningTargets.length === 0, 20000)
@@ -94,7 +90,7 @@ Item {
             const view = createTemporaryObject(appsComponent, root)
             verify(findChild(view, "dropZone").visible)
             const before = installer.output.length
-            view.dropFiles([apk("com.example.one.apk"), apk("com.example.two.apk"), apk("com.example.three.apk")])
+            view.dropFiles([sim.writeApk("com.example.one.apk"), sim.writeApk("com.example.two.apk"), sim.writeApk("com.example.three.apk")])
             // While it installs, only listing and dropping stay offered.
             verify(installer.busy)
             for (const name of ["Take screenshot", "Choose APK..."])
@@ -105,7 +101,7 @@ Item {
             compare(added.filter(line => line.startsWith("Installing ")).length, 3)
             compare(added.filter(line => line === "Success").length, 3)
 
-            view.dropFiles([apk("notes.txt")])
+            view.dropFiles([sim.writeApk("notes.txt")])
             tryVerify(() => installer.output.endsWith("Only .apk files can be installed."), 20000)
             verify(!installer.busy)
         }
@@ -113,7 +109,7 @@ Item {
         function test_listAndUninstall() {
             runningPhone("Pixel_Uninstall")
             const view = createTemporaryObject(appsComponent, root)
-            view.chooseFiles([apk("com.example.keep.apk"), apk("com.example.drop.apk")])
+            view.chooseFiles([sim.writeApk("com.example.keep.apk"), sim.writeApk("com.example.drop.apk")])
             tryVerify(() => installer.packages.join() === "com.example.drop,com.example.keep", 30000, installer.output)
             const button = findChild(view, "uninstall com.example.drop")
             verify(button)
