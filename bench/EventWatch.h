@@ -3,11 +3,14 @@
 #include <QElapsedTimer>
 #include <QEvent>
 #include <QGuiApplication>
+#include <QMetaEnum>
+#include <QQuickWindow>
 #include <QWindow>
 
 // The application for the benchmarks: it times every event the loop hands out (not the events sent
 // from inside another one) and keeps the longest, apart for drawing a window and for everything else,
-// which is the work of our own code and of the views it updates.
+// which is the work of our own code and of the views it updates. Drawing is what the window does
+// when it is told to update: polishing and laying out the Qt Quick items, then rendering them.
 class EventWatch : public QGuiApplication
 {
 public:
@@ -18,24 +21,58 @@ public:
         if (m_depth > 0)
             return QGuiApplication::notify(receiver, event);
         ++m_depth;
-        QElapsedTimer clock;
-        clock.start();
-        const bool drawing = receiver->isWindowType()
-            && (event->type() == QEvent::UpdateRequest || event->type() == QEvent::Expose);
+        const QEvent::Type type = event->type();
+        // Read before the event runs: it may delete its receiver.
+        const QByteArray receiverClass = receiver->metaObject()->className();
+        const bool drawing
+            = receiver->isWindowType() && (type == QEvent::UpdateRequest || type == QEvent::Expose);
+        m_drawing = drawing;
+        m_turn.start();
         const bool result = QGuiApplication::notify(receiver, event);
-        const qint64 spent = clock.nsecsElapsed();
-        qint64 &longest = drawing ? m_longestDrawing : m_longestOwn;
-        longest = std::max(longest, spent);
+        const qint64 spent = m_turn.nsecsElapsed();
+        m_drawing = false;
+        if (drawing) {
+            m_longestDrawing = std::max(m_longestDrawing, spent);
+        } else if (spent > m_longestOwn) {
+            m_longestOwn = spent;
+            m_longestOwnWhat
+                = QByteArray(QMetaEnum::fromType<QEvent::Type>().valueToKey(type)) + " to " + receiverClass;
+        }
         --m_depth;
         return result;
     }
 
-    void restart() { m_longestOwn = m_longestDrawing = 0; }
+    // Times, within each drawing of the window, the polish that lays out its items (list views apply
+    // the rows added since the last frame and make their delegates there). Needs the window to be
+    // drawn on this thread, as the offscreen platform does.
+    void watchLayout(QQuickWindow *window)
+    {
+        QObject::connect(
+            window, &QQuickWindow::beforeSynchronizing, window,
+            [this] {
+                if (m_drawing)
+                    m_longestLayout = std::max(m_longestLayout, m_turn.nsecsElapsed());
+            },
+            Qt::DirectConnection);
+    }
+
+    void restart()
+    {
+        m_longestOwn = m_longestDrawing = m_longestLayout = 0;
+        m_longestOwnWhat.clear();
+    }
     double longestOwnMs() const { return m_longestOwn / 1e6; }
     double longestDrawingMs() const { return m_longestDrawing / 1e6; }
+    double longestLayoutMs() const { return m_longestLayout / 1e6; }
+    // The kind of event and the class of its receiver in the longest turn of our own work.
+    const QByteArray &longestOwnWhat() const { return m_longestOwnWhat; }
 
 private:
     int m_depth = 0;
     qint64 m_longestOwn = 0;
     qint64 m_longestDrawing = 0;
+    qint64 m_longestLayout = 0;
+    QElapsedTimer m_turn;
+    bool m_drawing = false;
+    QByteArray m_longestOwnWhat;
 };

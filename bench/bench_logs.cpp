@@ -39,9 +39,11 @@ QString floodScript(const QString &trailer)
         .arg(trailer);
 }
 
-std::unique_ptr<QQuickWindow> show(QQmlEngine &engine, const QString &type, const QVariantMap &properties)
+std::unique_ptr<QQuickWindow> show(
+    EventWatch &app, QQmlEngine &engine, const QString &type, const QVariantMap &properties)
 {
     auto window = std::make_unique<QQuickWindow>();
+    app.watchLayout(window.get());
     window->resize(760, 600);
     QQmlComponent component(&engine);
     component.setData(
@@ -58,9 +60,10 @@ std::unique_ptr<QQuickWindow> show(QQmlEngine &engine, const QString &type, cons
 
 void report(const char *what, double ms, const EventWatch &watch)
 {
-    std::printf("%-36s %6d lines in %7.0f ms = %7.0f lines/s; longest turn of our own work %5.1f ms, "
-                "longest drawing %5.1f ms\n",
-        what, lineCount, ms, lineCount / (ms / 1000.0), watch.longestOwnMs(), watch.longestDrawingMs());
+    std::printf("%-36s %6d lines in %7.0f ms = %7.0f lines/s; longest turn of our own work %5.1f ms (%s), "
+                "longest drawing %5.1f ms (laying out %5.1f ms)\n",
+        what, lineCount, ms, lineCount / (ms / 1000.0), watch.longestOwnMs(),
+        watch.longestOwnWhat().constData(), watch.longestDrawingMs(), watch.longestLayoutMs());
 }
 
 double timeJob(const QString &script)
@@ -85,8 +88,8 @@ int main(int argc, char *argv[])
 
     {
         JobRunner runner;
-        auto window = show(
-            engine, QStringLiteral("JobLogView"), {{QStringLiteral("job"), QVariant::fromValue(&runner)}});
+        auto window = show(app, engine, QStringLiteral("JobLogView"),
+            {{QStringLiteral("job"), QVariant::fromValue(&runner)}});
         QElapsedTimer clock;
         app.restart();
         clock.start();
@@ -105,7 +108,7 @@ int main(int argc, char *argv[])
         script.setPermissions(script.permissions() | QFileDevice::ExeOwner);
 
         EmulatorProcess runner(QStringLiteral("Flood_Phone"));
-        auto window = show(engine, QStringLiteral("EmulatorLogBody"),
+        auto window = show(app, engine, QStringLiteral("EmulatorLogBody"),
             {{QStringLiteral("runner"), QVariant::fromValue(&runner)}});
         QElapsedTimer clock;
         app.restart();

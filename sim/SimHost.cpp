@@ -184,7 +184,8 @@ void SimHost::createPhone(const QString &name, const QString &device, const QStr
 
 void SimHost::addBrokenPhone(const QString &name)
 {
-    createPhone(name, QStringLiteral("pixel_3"));
+    // Made from a model avdmanager knows; the mark makes it list the phone as one it cannot load.
+    createPhone(name);
     QFile config(m_root + QStringLiteral("/.android/avd/") + name + QStringLiteral(".avd/config.ini"));
     config.open(QIODevice::Append);
     config.write("broken=1\n");

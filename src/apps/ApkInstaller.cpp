@@ -43,7 +43,23 @@ bool isPng(const QByteArray &bytes)
     return bytes.size() >= 9 && bytes.startsWith(QByteArray("\x89PNG", 4));
 }
 
+ApkInstaller::Timeouts &currentTimeouts()
+{
+    static ApkInstaller::Timeouts timeouts;
+    return timeouts;
+}
+
 } // namespace
+
+const ApkInstaller::Timeouts &ApkInstaller::timeouts()
+{
+    return currentTimeouts();
+}
+
+void ApkInstaller::setTimeouts(const Timeouts &timeouts)
+{
+    currentTimeouts() = timeouts;
+}
 
 ApkInstaller::ApkInstaller(QObject *parent)
     : ApkInstaller(nullptr, parent)
@@ -161,7 +177,7 @@ QCoro::Task<QStringList> ApkInstaller::phoneAbis(QString serial)
         co_return m_phoneAbis.value(serial);
     const QStringList arguments
         = {QStringLiteral("shell"), QStringLiteral("getprop"), QStringLiteral("ro.product.cpu.abilist")};
-    const std::optional<double> timeout = listTimeout;
+    const std::optional<double> timeout = timeouts().list;
     QPointer<ApkInstaller> self(this);
     auto running = AndroidTools::runADB(arguments, serial, timeout);
     const ProcessResult result = co_await std::move(running);
@@ -213,7 +229,7 @@ QCoro::Task<> ApkInstaller::refreshPackagesTask(QString serial)
     // Only the apps the user installed, not the system's own.
     const QStringList arguments = {QStringLiteral("shell"), QStringLiteral("pm"), QStringLiteral("list"),
         QStringLiteral("packages"), QStringLiteral("-3")};
-    const std::optional<double> timeout = listTimeout;
+    const std::optional<double> timeout = timeouts().list;
     QPointer<ApkInstaller> self(this);
     auto running = AndroidTools::runADB(arguments, serial, timeout);
     const ProcessResult result = co_await std::move(running);
@@ -259,7 +275,7 @@ QCoro::Task<bool> ApkInstaller::removePackage(QString package, QString serial)
 {
     log(QStringLiteral("Uninstalling ") + package + QStringLiteral("..."));
     const QStringList arguments = {QStringLiteral("uninstall"), package};
-    const std::optional<double> timeout = uninstallTimeout;
+    const std::optional<double> timeout = timeouts().uninstall;
     QPointer<ApkInstaller> self(this);
     auto running = AndroidTools::runADB(arguments, serial, timeout);
     const ProcessResult result = co_await std::move(running);
@@ -275,7 +291,7 @@ QCoro::Task<> ApkInstaller::screenshotTask(QString serial)
     setBusy(true);
     const QStringList arguments
         = {QStringLiteral("exec-out"), QStringLiteral("screencap"), QStringLiteral("-p")};
-    const std::optional<double> timeout = screenshotTimeout;
+    const std::optional<double> timeout = timeouts().screenshot;
     QPointer<ApkInstaller> self(this);
     auto running = AndroidTools::runADB(arguments, serial, timeout);
     const ProcessResult result = co_await std::move(running);

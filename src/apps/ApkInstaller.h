@@ -30,9 +30,15 @@ class ApkInstaller : public QObject
     Q_PROPERTY(QString latestOutput READ latestOutput NOTIFY outputChanged)
 
 public:
-    static constexpr double listTimeout = 10.0; // seconds
-    static constexpr double uninstallTimeout = 30.0;
-    static constexpr double screenshotTimeout = 30.0;
+    // How long each adb run may take, in seconds; tests shorten them.
+    struct Timeouts
+    {
+        double list = 10.0;
+        double uninstall = 30.0;
+        double screenshot = 30.0;
+    };
+    static const Timeouts &timeouts();
+    static void setTimeouts(const Timeouts &timeouts);
 
     explicit ApkInstaller(QObject *parent = nullptr);
     ApkInstaller(SaveLocationChooser *chooser, QObject *parent = nullptr);

@@ -22,26 +22,6 @@ const QString noAdb
     = QStringLiteral("adb was not found. Install the emulator and platform tools on the Setup tab first.");
 const QString phone = QStringLiteral("Pixel_7");
 
-// Answers every save request at once with a fixed path, or cancels when there is none.
-class FixedChooser : public SaveLocationChooser
-{
-public:
-    explicit FixedChooser(std::optional<QString> answer)
-        : m_answer(std::move(answer))
-    { }
-
-    QCoro::Task<std::optional<QString>> chooseSaveLocation(QString proposedName) override
-    {
-        proposals.append(proposedName);
-        co_return m_answer;
-    }
-
-    QStringList proposals;
-
-private:
-    std::optional<QString> m_answer;
-};
-
 QString noteOf(const ApkInstaller &installer)
 {
     return installer.packagesNote().value_or(QStringLiteral("<none>"));
@@ -94,7 +74,7 @@ private Q_SLOTS:
     void cleanup()
     {
         for (const char *key : {"adb.silent", "adb.pm.output", "adb.pm.fail", "adb.screencap.output",
-                 "adb.abilist", "known-failure"})
+                 "adb.abilist", "known-failure", "adb.script"})
             m_sim->clearBehaviour(QLatin1String(key));
     }
 
@@ -102,8 +82,8 @@ private Q_SLOTS:
 
     void realTimeouts()
     {
-        QCOMPARE((QList<double> {ApkInstaller::listTimeout, ApkInstaller::uninstallTimeout,
-                     ApkInstaller::screenshotTimeout}),
+        const ApkInstaller::Timeouts timeouts;
+        QCOMPARE((QList<double> {timeouts.list, timeouts.uninstall, timeouts.screenshot}),
             (QList<double> {10.0, 30.0, 30.0}));
     }
 
@@ -278,6 +258,10 @@ private Q_SLOTS:
         QTest::newRow("fails without a word")
             << serial << QStringLiteral("adb.pm.fail") << QByteArray("silent") << earlier
             << "Could not list apps: The command exited with status 1.";
+        // The listing's time-out, shortened: the earlier list still describes the phone.
+        QTest::newRow("times out") << serial << QStringLiteral("adb.script")
+                                   << QByteArray("case \"$*\" in *\"pm list\"*) exec sleep 600 ;; esac")
+                                   << earlier << "Could not list apps: The command did not finish in time.";
         QTest::newRow("unknown phone")
             << QStringLiteral("emulator-5556") << QString() << QByteArray() << earlier
             << "Could not list apps: error: device 'emulator-5556' not found";
@@ -300,6 +284,9 @@ private Q_SLOTS:
             QFile::remove(m_sim->stateDir() + QStringLiteral("/packages/") + phone);
         else if (!behaviour.isEmpty())
             m_sim->setBehaviour(behaviour, listing);
+        const auto restore = qScopeGuard([] { ApkInstaller::setTimeouts({}); });
+        if (behaviour == QLatin1String("adb.script"))
+            ApkInstaller::setTimeouts({1.0, 30.0, 30.0});
         QSignalSpy busy(&installer, &ApkInstaller::busyChanged);
         QCoro::waitFor(installer.refreshPackagesTask(serial));
         QCOMPARE(installer.packages(), packages);
@@ -370,6 +357,7 @@ private Q_SLOTS:
                                       << "Could not save the screenshot: No such file or directory" << true;
     }
 
+    // The window's dialog answers through the chooser; here it answers as soon as it is asked.
     void screenshot()
     {
         QFETCH(QByteArray, screen);
@@ -381,14 +369,22 @@ private Q_SLOTS:
             m_sim->setBehaviour(QStringLiteral("adb.screencap.output"), screen);
         const QString target = path(QStringLiteral("shot.png"));
         writeFile(target, "an older picture");
-        FixedChooser chooser(answer.isEmpty() ? std::nullopt : std::optional<QString>(path(answer)));
-        ApkInstaller installer(&chooser);
+        DialogSaveLocationChooser chooser;
+        QStringList proposals;
+        connect(&chooser, &DialogSaveLocationChooser::saveRequested, this, [&](const QString &proposedName) {
+            proposals.append(proposedName);
+            if (answer.isEmpty())
+                chooser.reject();
+            else
+                chooser.accept(QUrl::fromLocalFile(path(answer)));
+        });
+        ApkInstaller installer;
+        installer.setSaveLocationChooser(&chooser);
         QSignalSpy busy(&installer, &ApkInstaller::busyChanged);
 
         QCoro::waitFor(installer.screenshotTask(serial));
         QCOMPARE(installer.output(), output);
-        QCOMPARE(chooser.proposals,
-            asked ? QStringList {QStringLiteral("Android Screenshot.png")} : QStringList {});
+        QCOMPARE(proposals, asked ? QStringList {QStringLiteral("Android Screenshot.png")} : QStringList {});
         QCOMPARE(busy.count(), 2);
         QFile saved(target);
         QVERIFY(saved.open(QIODevice::ReadOnly));
@@ -397,40 +393,6 @@ private Q_SLOTS:
         QCOMPARE(saved.readAll(),
             output.startsWith(QLatin1String("Saved")) ? phoneScreen.readAll()
                                                       : QByteArray("an older picture"));
-    }
-
-    void saveDialog_data()
-    {
-        QTest::addColumn<bool>("accept");
-        QTest::addColumn<QString>("output");
-
-        QTest::newRow("accepted") << true << "Saved screenshot to from dialog.png.";
-        QTest::newRow("rejected") << false << "";
-    }
-
-    // The window's dialog answers through the chooser it was handed; even an answer given at once counts.
-    void saveDialog()
-    {
-        QFETCH(bool, accept);
-        QFETCH(QString, output);
-
-        DialogSaveLocationChooser chooser;
-        QStringList proposals;
-        const QString target = path(QStringLiteral("from dialog.png"));
-        connect(&chooser, &DialogSaveLocationChooser::saveRequested, this, [&](const QString &proposedName) {
-            proposals.append(proposedName);
-            if (accept)
-                chooser.accept(QUrl::fromLocalFile(target));
-            else
-                chooser.reject();
-        });
-        ApkInstaller installer;
-        installer.setSaveLocationChooser(&chooser);
-
-        QCoro::waitFor(installer.screenshotTask(serial));
-        QCOMPARE(proposals, QStringList {QStringLiteral("Android Screenshot.png")});
-        QCOMPARE(installer.output(), output);
-        QCOMPARE(QFile::exists(target), accept);
     }
 };
 

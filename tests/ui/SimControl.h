@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ApkInstaller.h"
 #include "PhoneStore.h"
 #include "SetupController.h"
 #include "SimHost.h"
@@ -52,6 +53,8 @@ public:
     Q_INVOKABLE SetupController *intelSetup();
     // A phone store that has never seen a phone; owned by this object.
     Q_INVOKABLE PhoneStore *freshStore() { return new PhoneStore(this); }
+    // An APK installer with an empty log; owned by this object.
+    Q_INVOKABLE ApkInstaller *freshInstaller() { return new ApkInstaller(this); }
 
 private:
     std::unique_ptr<QTemporaryDir> m_dir;

@@ -55,428 +55,246 @@ QPalette darkPalette()
     return palette;
 }
 
-bool waitUntil(const std::function<bool()> &condition, int ms = 20000)
+void waitUntil(const std::function<bool()> &condition)
 {
-    QDeadlineTimer deadline(ms);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    QDeadlineTimer deadline(30000);
+    while (!condition() && !deadline.hasExpired())
         QTest::qWait(10);
-    }
-    return true;
 }
 
-// One shot: a fresh simulated Mac, a fresh app and main window, a way to drive it, and the window to grab.
-class Shot
+// Lays out one thing on the Mac before the app starts: a word of the table below, an image id, or else a
+// behaviour switch of the simulated tools.
+void prepare(SimHost &host, const QString &word)
 {
-public:
-    explicit Shot(bool arm64 = true)
+    if (word == QLatin1String("brew"))
+        host.installBrew();
+    else if (word == QLatin1String("java"))
+        host.installJava();
+    else if (word == QLatin1String("tools"))
+        host.installCommandLineTools();
+    else if (word == QLatin1String("licences"))
+        host.acceptLicenses();
+    else if (word == QLatin1String("ready"))
+        host.makeReady();
+    else if (word == QLatin1String("slow"))
+        host.setTimeScale(1.0);
+    else if (word == QLatin1String("phones")) {
+        host.makeReady();
+        host.createPhone(QStringLiteral("Pixel_7_API_34"));
+        host.createPhone(QStringLiteral("Pixel_8_Play"), QStringLiteral("pixel_8"),
+            QStringLiteral("system-images;android-34;google_apis_playstore;arm64-v8a"));
+        host.addBrokenPhone(QStringLiteral("Old_Phone"));
+    } else if (word == QLatin1String("started-elsewhere"))
+        host.startPhone(QStringLiteral("Pixel_8_Play"));
+    else if (word == QLatin1String("image-34-gone"))
+        QDir(host.sdkRoot() + QStringLiteral("/system-images/android-34")).removeRecursively();
+    else if (word == QLatin1String("odd-listing"))
+        host.setBehaviour(
+            QStringLiteral("avdmanager.list-avd.output"), "Something avdmanager never said before");
+    else if (word == QLatin1String("create-fails"))
+        host.setBehaviour(QStringLiteral("avdmanager.create.fail"),
+            "Error: Package path is not valid. Valid system image paths are:\nnull");
+    else if (word.startsWith(QLatin1String("system-images;")))
+        host.installSystemImage(word);
+    else
+        host.setBehaviour(word);
+}
+
+// One shot: a fresh app and main window over the prepared Mac, and the window to grab.
+struct Shot
+{
+    explicit Shot(bool arm64)
     {
-        if (!arm64) {
-            Host host = Host::current();
-            host.arm64 = false;
-            Host::setCurrent(host);
-        }
+        Host host = Host::current();
+        host.arm64 = arm64;
+        Host::setCurrent(host);
         engine = std::make_unique<QQmlEngine>();
         app = std::make_unique<TolvaneApp>(nullptr);
         if (!app->showMainWindow(*engine))
             qFatal("the main window did not load");
-        main = qobject_cast<QQuickWindow *>(app->mainWindow());
+        window = main = qobject_cast<QQuickWindow *>(app->mainWindow());
     }
     ~Shot()
     {
         app.reset();
         engine.reset();
     }
+    QObject *find(const QString &name) const { return main->findChild<QObject *>(name); }
+    static void settle() { QTest::qWait(300); }
 
-    void selectTab(int index)
+    // Makes the app do one thing: a word of the table below, with its argument after a colon.
+    void act(const QString &step, SimControl &sim)
     {
-        main->findChild<QObject *>(QStringLiteral("tabs"))->setProperty("currentIndex", index);
-        settle();
+        const QString word = step.section(QLatin1Char(':'), 0, 0);
+        const QString argument = step.section(QLatin1Char(':'), 1);
+        PhoneStore *store = app->store();
+        SetupController *setup = app->setup();
+        if (word == QLatin1String("tab")) {
+            find(QStringLiteral("tabs"))->setProperty("currentIndex", argument.toInt());
+            settle();
+            waitUntil([&] { return !store->isLoading(); });
+        } else if (word == QLatin1String("tab-now")) {
+            find(QStringLiteral("tabs"))->setProperty("currentIndex", argument.toInt());
+        } else if (word == QLatin1String("logs")) {
+            QMetaObject::invokeMethod(main, "openLogs");
+            window = main->property("logsWindow").value<QQuickWindow *>();
+        } else if (word == QLatin1String("licence-text")) {
+            setup->loadLicenseText();
+            waitUntil([&] { return setup->licenseText().has_value(); });
+        } else if (word == QLatin1String("install-java")) {
+            setup->installJava();
+            waitUntil([&] { return setup->job()->lines().size() > 4; });
+        } else if (word == QLatin1String("java-fails")) {
+            setup->installJava();
+            waitUntil([&] { return !setup->job()->isRunning() && setup->message().has_value(); });
+        } else if (word == QLatin1String("start") || word == QLatin1String("crash")
+            || word == QLatin1String("boot")) {
+            store->start(argument, StartOptions());
+            EmulatorProcess *runner = store->runner(argument);
+            const auto state = word == QLatin1String("start") ? EmulatorProcess::State::Running
+                : word == QLatin1String("crash")              ? EmulatorProcess::State::Stopped
+                                                              : EmulatorProcess::State::Booting;
+            waitUntil([&] { return runner->state() == state; });
+            if (word == QLatin1String("crash"))
+                waitUntil([&] { return runner->failure().has_value(); });
+        } else if (word == QLatin1String("slow-boot")) {
+            EmulatorProcess::Timing timing;
+            timing.slowBootAfter = std::chrono::seconds(4);
+            EmulatorProcess::setTiming(timing);
+        } else if (word == QLatin1String("until-slow-boot")) {
+            waitUntil([&] { return store->runner(QStringLiteral("Pixel_7_API_34"))->slowBoot(); });
+            EmulatorProcess::setTiming({});
+        } else if (word.startsWith(QLatin1String("confirm")) || word == QLatin1String("deletePhone")) {
+            QMetaObject::invokeMethod(
+                find(QStringLiteral("phonesView")), qPrintable(word), Q_ARG(QVariant, argument));
+        } else if (word == QLatin1String("delete-unknown")) {
+            auto deleting = store->deletePhoneTask(QStringLiteral("Nobody"));
+            QCoro::waitFor(std::move(deleting));
+        } else if (word == QLatin1String("new-phone")) {
+            find(QStringLiteral("phonesView"))->setProperty("showNew", true);
+            waitUntil([&] {
+                return argument == QLatin1String("loading")
+                    ? store->imagesLoading()
+                    : !store->imagesLoading() && !store->devicesLoading() && !store->images().isEmpty();
+            });
+            settle();
+        } else if (word == QLatin1String("install-image")) {
+            QMetaObject::invokeMethod(find(QStringLiteral("Install it")), "clicked");
+            waitUntil([&] { return store->imageJob()->progress().value_or(0) > 0.3; });
+        } else if (word == QLatin1String("create")) {
+            QMetaObject::invokeMethod(
+                find(QStringLiteral("phonesView"))->property("sheet").value<QObject *>(), "create");
+            waitUntil([&] { return find(QStringLiteral("createError")) != nullptr; });
+            find(QStringLiteral("createError"))->setProperty("open", true);
+        } else if (word == QLatin1String("install")) {
+            // .apk files are apps, with native code for the ABIs after a second colon; anything else is text.
+            QList<QUrl> files;
+            for (const QString &name : argument.section(QLatin1Char(':'), 0, 0).split(QLatin1Char(',')))
+                files << (name.endsWith(QLatin1String(".apk"))
+                        ? QUrl(sim.writeApk(name,
+                            argument.section(QLatin1Char(':'), 1)
+                                .split(QLatin1Char(','), Qt::SkipEmptyParts)))
+                        : QUrl::fromLocalFile(sim.writeFile(name, QStringLiteral("PK"))));
+            auto installing = app->installer()->installTask(files, QStringLiteral("emulator-5554"));
+            QCoro::waitFor(std::move(installing));
+        } else if (word == QLatin1String("locked")) {
+            waitUntil([&] { return !store->lockedPhones().isEmpty(); });
+        } else if (word == QLatin1String("elsewhere")) {
+            waitUntil([&] { return !store->elsewhere().isEmpty(); });
+        } else {
+            qFatal("no such step: %s", qPrintable(step));
+        }
     }
-    QQuickWindow *openLogs()
-    {
-        QMetaObject::invokeMethod(main, "openLogs");
-        settle();
-        return main->property("logsWindow").value<QQuickWindow *>();
-    }
-    static void settle(int ms = 300) { QTest::qWait(ms); }
 
     std::unique_ptr<QQmlEngine> engine;
     std::unique_ptr<TolvaneApp> app;
     QQuickWindow *main = nullptr;
+    QQuickWindow *window = nullptr;
 };
 
-struct Gallery
-{
-    Gallery(const QString &folder, const QString &filter)
-        : folder(folder)
-        , filter(filter)
-    { }
-
-    QString folder;
-    QString filter;
-    SimControl sim;
-    int saved = 0;
-
-    bool wanted(const QString &name) const { return filter.isEmpty() || name.contains(filter); }
-
-    void save(QQuickWindow *window, const QString &name)
-    {
-        Shot::settle();
-        const QImage image = window->grabWindow();
-        const QString path = QDir(folder).filePath(name + QStringLiteral(".png"));
-        if (image.isNull() || !image.save(path))
-            qFatal("could not save %s", qPrintable(path));
-        std::printf("%s\n", qPrintable(path));
-        ++saved;
-    }
-
-    // Lays out a fresh Mac, lets `prepare` shape it, builds the app, lets `drive` act, then saves; once
-    // in each appearance.
-    void shoot(const QString &name, const std::function<void(SimHost &)> &prepare,
-        const std::function<QQuickWindow *(Shot &)> &drive, bool arm64 = true)
-    {
-        const QPalette light = QGuiApplication::palette();
-        for (const bool dark : {false, true}) {
-            const QString shotName = dark ? name + QStringLiteral("-dark") : name;
-            if (!wanted(shotName))
-                continue;
-            QGuiApplication::setPalette(dark ? darkPalette() : light);
-            sim.reset();
-            prepare(sim.host());
-            Shot shot(arm64);
-            QQuickWindow *window = drive(shot);
-            save(window ? window : shot.main, shotName);
-        }
-        QGuiApplication::setPalette(light);
-    }
+// Each shot: its name, what the Mac holds ("intel" for a Mac without Apple silicon), and what the app does,
+// step after step.
+const char *const shots[][3] = {
+    {"01-intel-notice", "intel", ""},
+    {"02-setup-homebrew-missing", "", ""},
+    {"03-setup-licence-card", "brew java tools", ""},
+    {"04-setup-licence-text", "brew java tools", "licence-text"},
+    {"05-setup-job-running", "brew slow", "install-java"},
+    {"06-setup-job-failed", "brew brew.fail", "java-fails"},
+    {"07-setup-emulator-card", "brew java tools licences", ""},
+    {"08-setup-ready", "ready", ""},
+    {"09-logs-no-phones", "", "logs"},
+    {"10-logs-failed-phone", "phones emulator.crash", "crash:Pixel_7_API_34|logs"},
+    {"11-phones-not-ready", "", "tab:1"},
+    {"11b-phones-first-visit-loading", "phones slow", "tab-now:1"},
+    {"12-phones-list", "phones", "tab:1|start:Pixel_8_Play"},
+    {"13-phones-failed-start", "phones emulator.crash", "tab:1|crash:Pixel_7_API_34"},
+    {"14-phones-raw-listing-and-error", "ready odd-listing", "tab:1|delete-unknown"},
+    {"15-phones-delete-confirmation", "phones", "tab:1|confirmDelete:Pixel_7_API_34"},
+    {"15b-phones-wipe-confirmation", "phones", "tab:1|confirmWipe:Pixel_8_Play"},
+    {"15c-phones-deleting", "phones slow", "tab:1|deletePhone:Pixel_7_API_34"},
+    {"16-new-phone-sheet", "ready", "tab:1|new-phone"},
+    {"16b-new-phone-loading", "ready slow", "tab:1|new-phone:loading"},
+    {"17-new-phone-installing-image", "ready slow", "tab:1|new-phone|install-image"},
+    {"18-new-phone-image-installed", "ready system-images;android-35;google_apis;arm64-v8a",
+        "tab:1|new-phone"},
+    {"18b-new-phone-failed-with-details", "ready system-images;android-35;google_apis;arm64-v8a create-fails",
+        "tab:1|new-phone|create"},
+    {"19-apps-no-phone", "", "tab:2"},
+    {"20-apps-running-phone", "phones",
+        "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk,org.example.maps.apk,readme.txt"},
+    {"21-apps-abi-refused", "phones", "start:Pixel_7_API_34|tab:2|install:Racing Game.apk:x86_64"},
+    {"22-phones-system-image-missing", "phones image-34-gone", "tab:1|crash:Pixel_7_API_34"},
+    {"23-phones-stale-lock", "phones emulator.die", "tab:1|crash:Pixel_7_API_34|locked"},
+    {"24-phones-booting-slowly", "phones emulator.never-boot",
+        "slow-boot|tab:1|boot:Pixel_7_API_34|until-slow-boot"},
+    {"25-phones-disk-use-and-started-elsewhere", "phones started-elsewhere", "tab:1|elsewhere"},
+    {"26-new-phone-image-sizes", "phones system-images;android-33;google_apis;arm64-v8a", "tab:1|new-phone"},
 };
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    QGuiApplication app(argc, argv);
+    QGuiApplication application(argc, argv);
     if (argc < 2) {
         std::fprintf(stderr, "usage: tolvane-gallery <output folder> [name filter]\n");
         return 2;
     }
-    Gallery gallery(QString::fromLocal8Bit(argv[1]), argc > 2 ? QString::fromLocal8Bit(argv[2]) : QString());
-    QDir().mkpath(gallery.folder);
-    const auto nothing = [](SimHost &) {};
-    const auto brewJavaTools = [](SimHost &host) {
-        host.installBrew();
-        host.installJava();
-        host.installCommandLineTools();
-    };
-    const auto stay = [](Shot &) -> QQuickWindow * { return nullptr; };
+    const QString folder = QString::fromLocal8Bit(argv[1]);
+    const QString filter = argc > 2 ? QString::fromLocal8Bit(argv[2]) : QString();
+    QDir().mkpath(folder);
+    SimControl sim;
 
-    gallery.shoot(QStringLiteral("01-intel-notice"), nothing, stay, false);
-    gallery.shoot(QStringLiteral("02-setup-homebrew-missing"), nothing, stay);
-    gallery.shoot(QStringLiteral("03-setup-licence-card"), brewJavaTools, stay);
-    gallery.shoot(QStringLiteral("04-setup-licence-text"), brewJavaTools, [](Shot &shot) -> QQuickWindow * {
-        shot.app->setup()->loadLicenseText();
-        waitUntil([&] { return shot.app->setup()->licenseText().has_value(); });
-        return nullptr;
-    });
-    gallery.shoot(
-        QStringLiteral("05-setup-job-running"),
-        [](SimHost &host) {
-            host.installBrew();
-            host.setTimeScale(1.0);
-        },
-        [](Shot &shot) -> QQuickWindow * {
-            shot.app->setup()->installJava();
-            waitUntil([&] { return shot.app->setup()->job()->lines().size() > 4; });
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("06-setup-job-failed"),
-        [](SimHost &host) {
-            host.installBrew();
-            host.setBehaviour(QStringLiteral("brew.fail"));
-        },
-        [](Shot &shot) -> QQuickWindow * {
-            shot.app->setup()->installJava();
-            waitUntil([&] {
-                return !shot.app->setup()->job()->isRunning() && shot.app->setup()->message().has_value();
-            });
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("07-setup-emulator-card"),
-        [&](SimHost &host) {
-            brewJavaTools(host);
-            host.acceptLicenses();
-        },
-        stay);
-    gallery.shoot(
-        QStringLiteral("08-setup-ready"), [](SimHost &host) { host.makeReady(); }, stay);
-    gallery.shoot(QStringLiteral("09-logs-no-phones"), nothing, [](Shot &shot) { return shot.openLogs(); });
-    gallery.shoot(
-        QStringLiteral("10-logs-failed-phone"),
-        [](SimHost &host) {
-            host.makeReady();
-            host.createPhone(QStringLiteral("Pixel_7_API_34"));
-            host.setBehaviour(QStringLiteral("emulator.crash"));
-        },
-        [](Shot &shot) {
-            PhoneStore *store = shot.app->store();
-            store->start(QStringLiteral("Pixel_7_API_34"), StartOptions());
-            EmulatorProcess *runner = store->runner(QStringLiteral("Pixel_7_API_34"));
-            waitUntil([&] { return runner->failure().has_value(); });
-            return shot.openLogs();
-        });
-
-    const auto readyWithPhones = [](SimHost &host) {
-        host.makeReady();
-        host.createPhone(QStringLiteral("Pixel_7_API_34"));
-        host.createPhone(QStringLiteral("Pixel_8_Play"), QStringLiteral("pixel_8"),
-            QStringLiteral("system-images;android-35;google_apis_playstore;arm64-v8a"));
-        host.addBrokenPhone(QStringLiteral("Old_Phone"));
-    };
-    const auto phonesTab = [](Shot &shot) -> QQuickWindow * {
-        shot.selectTab(1);
-        waitUntil([&] { return !shot.app->store()->isLoading(); });
-        return nullptr;
-    };
-    const auto startAndWait = [](Shot &shot, const QString &name, EmulatorProcess::State state) {
-        shot.app->store()->start(name, StartOptions());
-        EmulatorProcess *runner = shot.app->store()->runner(name);
-        waitUntil([&] { return runner->state() == state; }, 30000);
-        return runner;
-    };
-    gallery.shoot(QStringLiteral("11-phones-not-ready"), nothing, phonesTab);
-    gallery.shoot(
-        QStringLiteral("11b-phones-first-visit-loading"),
-        [&](SimHost &host) {
-            readyWithPhones(host);
-            host.setTimeScale(1.0);
-        },
-        [](Shot &shot) -> QQuickWindow * {
-            shot.selectTab(1);
-            return nullptr;
-        });
-    gallery.shoot(QStringLiteral("12-phones-list"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
-        phonesTab(shot);
-        startAndWait(shot, QStringLiteral("Pixel_8_Play"), EmulatorProcess::State::Running);
-        return nullptr;
-    });
-    gallery.shoot(
-        QStringLiteral("13-phones-failed-start"),
-        [&](SimHost &host) {
-            readyWithPhones(host);
-            host.setBehaviour(QStringLiteral("emulator.crash"));
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            phonesTab(shot);
-            EmulatorProcess *runner
-                = startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Stopped);
-            waitUntil([&] { return runner->failure().has_value(); });
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("14-phones-raw-listing-and-error"),
-        [](SimHost &host) {
-            host.makeReady();
-            host.setBehaviour(QStringLiteral("avdmanager.list-avd.output"),
-                QByteArrayLiteral("Something avdmanager never said before"));
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            phonesTab(shot);
-            auto deleting = shot.app->store()->deletePhoneTask(QStringLiteral("Nobody"));
-            QCoro::waitFor(std::move(deleting));
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("15-phones-delete-confirmation"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
-            phonesTab(shot);
-            QMetaObject::invokeMethod(shot.main->findChild<QObject *>(QStringLiteral("phonesView")),
-                "confirmDelete", Q_ARG(QVariant, QStringLiteral("Pixel_7_API_34")));
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("15b-phones-wipe-confirmation"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
-            phonesTab(shot);
-            QMetaObject::invokeMethod(shot.main->findChild<QObject *>(QStringLiteral("phonesView")),
-                "confirmWipe", Q_ARG(QVariant, QStringLiteral("Pixel_8_Play")));
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("15c-phones-deleting"),
-        [&](SimHost &host) {
-            readyWithPhones(host);
-            host.setTimeScale(1.0);
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            phonesTab(shot);
-            QMetaObject::invokeMethod(shot.main->findChild<QObject *>(QStringLiteral("phonesView")),
-                "deletePhone", Q_ARG(QVariant, QStringLiteral("Pixel_7_API_34")));
-            return nullptr;
-        });
-    const auto openSheet = [&](Shot &shot) {
-        phonesTab(shot);
-        shot.main->findChild<QObject *>(QStringLiteral("phonesView"))->setProperty("showNew", true);
-        PhoneStore *store = shot.app->store();
-        waitUntil([&] {
-            return !store->imagesLoading() && !store->devicesLoading() && !store->images().isEmpty();
-        });
-        Shot::settle();
-    };
-    gallery.shoot(
-        QStringLiteral("16-new-phone-sheet"), [](SimHost &host) { host.makeReady(); },
-        [&](Shot &shot) -> QQuickWindow * {
-            openSheet(shot);
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("16b-new-phone-loading"),
-        [](SimHost &host) {
-            host.makeReady();
-            host.setTimeScale(1.0);
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            phonesTab(shot);
-            shot.main->findChild<QObject *>(QStringLiteral("phonesView"))->setProperty("showNew", true);
-            waitUntil([&] { return shot.app->store()->imagesLoading(); });
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("17-new-phone-installing-image"),
-        [](SimHost &host) {
-            host.makeReady();
-            host.setTimeScale(1.0);
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            openSheet(shot);
-            QMetaObject::invokeMethod(
-                shot.main->findChild<QObject *>(QStringLiteral("Install it")), "clicked");
-            waitUntil([&] { return shot.app->store()->imageJob()->progress().value_or(0) > 0.3; });
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("18-new-phone-image-installed"),
-        [](SimHost &host) {
-            host.makeReady();
-            host.installSystemImage(QStringLiteral("system-images;android-35;google_apis;arm64-v8a"));
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            openSheet(shot);
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("18b-new-phone-failed-with-details"),
-        [](SimHost &host) {
-            host.makeReady();
-            host.installSystemImage(QStringLiteral("system-images;android-35;google_apis;arm64-v8a"));
-            host.setBehaviour(QStringLiteral("avdmanager.create.fail"),
-                QByteArrayLiteral("Error: Package path is not valid. Valid system image paths are:\nnull"));
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            openSheet(shot);
-            QObject *sheet = shot.main->findChild<QObject *>(QStringLiteral("phonesView"))
-                                 ->property("sheet")
-                                 .value<QObject *>();
-            QMetaObject::invokeMethod(sheet, "create");
-            waitUntil([&] { return shot.main->findChild<QObject *>(QStringLiteral("createError")); });
-            shot.main->findChild<QObject *>(QStringLiteral("createError"))->setProperty("open", true);
-            return nullptr;
-        });
-    gallery.shoot(QStringLiteral("19-apps-no-phone"), nothing, [](Shot &shot) -> QQuickWindow * {
-        shot.selectTab(2);
-        return nullptr;
-    });
-    gallery.shoot(
-        QStringLiteral("20-apps-running-phone"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
-            startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Running);
-            ApkInstaller *installer = shot.app->installer();
-            const QString serial = QStringLiteral("emulator-5554");
-            QList<QUrl> apps;
-            for (const char *name : {"com.example.notes.apk", "org.example.maps.apk"})
-                apps << QUrl(gallery.sim.writeApk(QString::fromLatin1(name)));
-            apps << QUrl::fromLocalFile(
-                gallery.sim.writeFile(QStringLiteral("readme.txt"), QStringLiteral("PK")));
-            shot.selectTab(2);
-            auto installing = installer->installTask(apps, serial);
-            QCoro::waitFor(std::move(installing));
-            waitUntil([&] { return installer->packages().size() == 2; });
-            return nullptr;
-        });
-    gallery.shoot(QStringLiteral("21-apps-abi-refused"), readyWithPhones, [&](Shot &shot) -> QQuickWindow * {
-        startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Running);
-        shot.selectTab(2);
-        const QUrl game(gallery.sim.writeApk(QStringLiteral("Racing Game.apk"), {QStringLiteral("x86_64")}));
-        auto installing = shot.app->installer()->installTask({game}, QStringLiteral("emulator-5554"));
-        QCoro::waitFor(std::move(installing));
-        return nullptr;
-    });
-    gallery.shoot(
-        QStringLiteral("22-phones-system-image-missing"),
-        [&](SimHost &host) {
-            readyWithPhones(host);
-            QDir(host.sdkRoot() + QStringLiteral("/system-images/android-34")).removeRecursively();
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            phonesTab(shot);
-            EmulatorProcess *runner
-                = startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Stopped);
-            waitUntil([&] { return runner->failure().has_value(); });
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("23-phones-stale-lock"),
-        [&](SimHost &host) {
-            readyWithPhones(host);
-            host.setBehaviour(QStringLiteral("emulator.die"));
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            phonesTab(shot);
-            startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Stopped);
-            waitUntil([&] { return !shot.app->store()->lockedPhones().isEmpty(); });
-            return nullptr;
-        });
-
-    gallery.shoot(
-        QStringLiteral("24-phones-booting-slowly"),
-        [&](SimHost &host) {
-            readyWithPhones(host);
-            host.setBehaviour(QStringLiteral("emulator.never-boot"));
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            EmulatorProcess::Timing timing;
-            timing.slowBootAfter = std::chrono::seconds(4);
-            EmulatorProcess::setTiming(timing);
-            phonesTab(shot);
-            EmulatorProcess *runner
-                = startAndWait(shot, QStringLiteral("Pixel_7_API_34"), EmulatorProcess::State::Booting);
-            waitUntil([&] { return runner->slowBoot(); });
-            EmulatorProcess::setTiming({});
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("25-phones-disk-use-and-started-elsewhere"),
-        [&](SimHost &host) {
-            readyWithPhones(host);
-            host.startPhone(QStringLiteral("Pixel_8_Play"));
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            phonesTab(shot);
-            waitUntil([&] { return !shot.app->store()->elsewhere().isEmpty(); });
-            return nullptr;
-        });
-    gallery.shoot(
-        QStringLiteral("26-new-phone-image-sizes"),
-        [&](SimHost &host) {
-            readyWithPhones(host);
-            host.installSystemImage(QStringLiteral("system-images;android-33;google_apis;arm64-v8a"));
-        },
-        [&](Shot &shot) -> QQuickWindow * {
-            openSheet(shot);
-            return nullptr;
-        });
-
-    std::printf("%d screens\n", gallery.saved);
+    // Each shot in a fresh Mac and a fresh app, once in each appearance.
+    const QPalette light = QGuiApplication::palette();
+    int saved = 0;
+    for (const auto &[shotName, machine, steps] : shots) {
+        for (const bool dark : {false, true}) {
+            const QString name = QLatin1String(shotName) + QLatin1String(dark ? "-dark" : "");
+            if (!filter.isEmpty() && !name.contains(filter))
+                continue;
+            QGuiApplication::setPalette(dark ? darkPalette() : light);
+            sim.reset();
+            const QStringList words
+                = QString::fromLatin1(machine).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+            for (const QString &word : words) {
+                if (word != QLatin1String("intel"))
+                    prepare(sim.host(), word);
+            }
+            Shot shot(!words.contains(QLatin1String("intel")));
+            for (const QString &step : QString::fromLatin1(steps).split(QLatin1Char('|'), Qt::SkipEmptyParts))
+                shot.act(step, sim);
+            Shot::settle();
+            const QImage picture = shot.window->grabWindow();
+            const QString path = QDir(folder).filePath(name + QStringLiteral(".png"));
+            if (picture.isNull() || !picture.save(path))
+                qFatal("could not save %s", qPrintable(path));
+            std::printf("%s\n", qPrintable(path));
+            ++saved;
+        }
+    }
+    QGuiApplication::setPalette(light);
+    std::printf("%d screens\n", saved);
     return 0;
 }

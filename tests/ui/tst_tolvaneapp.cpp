@@ -2,6 +2,7 @@
 #include "TolvaneApp.h"
 
 #include <QDir>
+#include <QFile>
 #include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickWindow>
@@ -23,7 +24,8 @@ private Q_SLOTS:
     {
         std::signal(SIGPIPE, SIG_DFL);
         QTemporaryDir root;
-        SimHost sim(root.path());
+        // Not arm64: no tab is shown, so only the window itself can check the machine.
+        SimHost sim(root.path(), false);
         sim.installBrew();
         sim.activate();
 
@@ -54,30 +56,16 @@ private Q_SLOTS:
         QMetaObject::invokeMethod(main, "openLogs");
         QCOMPARE(main->property("logsWindow").value<QQuickWindow *>(), logs);
         QVERIFY(logs->isVisible());
-    }
 
-    // Closing the window leaves the app running; activating the app again, as a click on the Dock icon
-    // does, brings the window back and checks the machine again.
-    void reopenedByActivation()
-    {
-        QTemporaryDir root;
-        SimHost sim(root.path());
-        sim.activate();
-        QQmlEngine engine;
-        TolvaneApp app(nullptr);
-        QVERIFY(app.showMainWindow(engine));
-        auto *main = qobject_cast<QQuickWindow *>(app.mainWindow());
-        QVERIFY(QTest::qWaitForWindowExposed(main));
-        QTRY_VERIFY(!app.setup()->brewReady());
-
+        // Closing the window leaves the app running; activating the app again, as a click on the Dock icon
+        // does, brings the window back and checks the machine again.
         main->close();
-        QVERIFY(!main->isVisible());
-        sim.installBrew();
+        QVERIFY(QFile::remove(sim.brewPath()));
         Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
         QVERIFY(!main->isVisible());
         Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
         QVERIFY(main->isVisible());
-        QTRY_VERIFY(app.setup()->brewReady());
+        QTRY_VERIFY(!app.setup()->brewReady());
     }
 
     // The file dialogs cost nothing at start; the save dialog proposes a folder the user can write to.

@@ -36,6 +36,10 @@ Item {
             compare(tabs.count, 3)
             compare([0, 1, 2].map(i => tabs.itemAt(i).text), ["Setup", "Phones", "Apps"])
             compare(tabs.currentIndex, 0)
+            for (const [index, name] of ["setupView", "phonesView", "appsView"].entries()) {
+                tabs.currentIndex = index
+                tryVerify(() => findChild(view, name) !== null && findChild(view, name).visible, 5000, name)
+            }
         }
 
         function test_logsButtonAsksForTheLogsWindow() {

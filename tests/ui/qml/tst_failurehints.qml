@@ -162,9 +162,13 @@ Item {
             mouseClick(fix)
             tryCompare(store.runner(phone), "state", EmulatorProcess.Running, 30000)
             verify(!hint.visible)
+            // Once the next listing has looked at the locks again.
+            let checked = false
+            const check = () => checked = true
+            store.lockedPhonesChanged.connect(check)
             store.refresh()
-            tryVerify(() => !store.isLoading, 20000)
-            wait(500)
+            tryVerify(() => checked, 20000)
+            store.lockedPhonesChanged.disconnect(check)
             verify(!hint.visible)
             compare(store.lockedPhones, [])
         }

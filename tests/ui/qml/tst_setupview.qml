@@ -113,7 +113,9 @@ Item {
             tryVerify(() => setup.licensesAccepted, 20000)
             verify(!card.visible)
             compare(findChild(view, "emulatorHeading").text, "2. Emulator")
-            verify(button(view, "Install the emulator").enabled)
+            press(view, "Install the emulator")
+            tryVerify(() => setup.emulatorReady && setup.platformToolsReady, 20000)
+            verify(!button(view, "Install the emulator").visible)
         }
 
         function test_failureMessageInRed() {
