@@ -435,7 +435,7 @@ private Q_SLOTS:
         QFETCH(QString, details);
 
         m_sim->createPhone(QStringLiteral("A"));
-        PhoneStore::setTimeouts({.imageList = 0.5});
+        PhoneStore::setTimeouts({.imageList = 3});
         PhoneStore store;
         const bool phones = kind == QLatin1String("phones");
         const bool images = kind == QLatin1String("images");

@@ -150,7 +150,10 @@ Item {
             tryVerify(() => toggle.visible && toggle.width > 0 && toggle.height > 0, 5000, "the toggle is laid out")
             const flick = findChild(sheet, "sheetScroller").contentItem
             flick.contentY = Math.max(0, flick.contentHeight - flick.height)
-            waitForRendering(root)
+            tryVerify(() => {
+                const at = toggle.mapToItem(flick, 0, 0)
+                return at.y >= 0 && at.y + toggle.height <= flick.height
+            }, 5000, "the toggle is in view")
             mouseClick(toggle)
             tryVerify(() => box.open, 5000, "the details opened")
             waitForRendering(root)
