@@ -18,20 +18,26 @@ public:
 
     bool notify(QObject *receiver, QEvent *event) override
     {
-        if (m_depth > 0)
-            return QGuiApplication::notify(receiver, event);
-        ++m_depth;
         const QEvent::Type type = event->type();
-        // Read before the event runs: it may delete its receiver.
-        const QByteArray receiverClass = receiver->metaObject()->className();
         const bool drawing
             = receiver->isWindowType() && (type == QEvent::UpdateRequest || type == QEvent::Expose);
+        if (m_depth > 0) {
+            // Platforms without their own update signal deliver the window's update request from
+            // inside a timer event of the window: that whole turn is drawing.
+            if (drawing)
+                m_drawing = true;
+            return QGuiApplication::notify(receiver, event);
+        }
+        ++m_depth;
+        // Read before the event runs: it may delete its receiver.
+        const QByteArray receiverClass = receiver->metaObject()->className();
         m_drawing = drawing;
         m_turn.start();
         const bool result = QGuiApplication::notify(receiver, event);
         const qint64 spent = m_turn.nsecsElapsed();
+        const bool drew = m_drawing;
         m_drawing = false;
-        if (drawing) {
+        if (drew) {
             m_longestDrawing = std::max(m_longestDrawing, spent);
         } else if (spent > m_longestOwn) {
             m_longestOwn = spent;
