@@ -7,6 +7,9 @@ import Tolvane
 ColumnLayout {
     id: content
     property SetupController setup: TolvaneApp.setup
+    // While true, no tab's content is made yet: the main window holds them back until its first frame
+    // is drawn, so it appears as fast as an empty window does.
+    property bool holdTabs: false
     signal logsRequested
 
     spacing: 8
@@ -55,17 +58,23 @@ ColumnLayout {
         Layout.fillWidth: true
         Layout.fillHeight: true
         // Each tab's content is made when the tab is first shown, so the window comes up with only what
-        // it shows; once made, a tab keeps its state while another is shown.
-        TabContent { tab: 0; sourceComponent: SetupView { objectName: "setupView" } }
-        TabContent { tab: 1; sourceComponent: PhonesView { objectName: "phonesView" } }
-        TabContent { tab: 2; sourceComponent: AppsView { objectName: "appsView" } }
+        // it shows; once made, a tab keeps its state while another is shown. The views are named by file,
+        // not by type, so not even their code is loaded before they are needed.
+        TabContent { tab: 0; view: "SetupView.qml"; name: "setupView" }
+        TabContent { tab: 1; view: "PhonesView.qml"; name: "phonesView" }
+        TabContent { tab: 2; view: "AppsView.qml"; name: "appsView" }
     }
 
     component TabContent: Loader {
         required property int tab
-        readonly property bool shown: content.setup.isAppleSilicon && tabs.currentIndex === tab
-        active: false
-        onShownChanged: if (shown) active = true
-        Component.onCompleted: if (shown) active = true
+        required property string view
+        required property string name
+        readonly property bool shown: !content.holdTabs && content.setup.isAppleSilicon && tabs.currentIndex === tab
+        function make() {
+            if (shown && !item)
+                setSource(view, { objectName: name })
+        }
+        onShownChanged: make()
+        Component.onCompleted: make()
     }
 }

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Dialogs
 import Tolvane
 
 AppWindow {
@@ -12,20 +11,17 @@ AppWindow {
     height: 640
     visible: true
 
-    property LogsWindow logsWindow: null
+    // The logs window and the save dialog are named by file, so neither they nor the dialogs module are
+    // loaded before they are first needed.
+    property Window logsWindow: null
 
     // There is one logs window: opening it again brings it forward.
     function openLogs() {
         if (!logsWindow)
-            logsWindow = logsComponent.createObject(null)
+            logsWindow = Qt.createComponent("LogsWindow.qml").createObject(null)
         logsWindow.show()
         logsWindow.raise()
         logsWindow.requestActivate()
-    }
-
-    Component {
-        id: logsComponent
-        LogsWindow {}
     }
 
     onVisibleChanged: {
@@ -36,30 +32,18 @@ AppWindow {
 
     ContentView {
         anchors.fill: parent
+        holdTabs: !TolvaneApp.mainWindowDrawn
         anchors.margins: 16
         onLogsRequested: window.openLogs()
     }
 
     // The save dialog is made the first time a screenshot is saved, not when the window opens.
-    property FileDialog saveDialog: null
-    Component {
-        id: saveDialogComponent
-        FileDialog {
-            objectName: "saveDialog"
-            title: "Save Screenshot"
-            fileMode: FileDialog.SaveFile
-            acceptLabel: "Save"
-            nameFilters: ["PNG image (*.png)"]
-            defaultSuffix: "png"
-            onAccepted: TolvaneApp.saveChooser.accept(selectedFile)
-            onRejected: TolvaneApp.saveChooser.reject()
-        }
-    }
+    property QtObject saveDialog: null
     Connections {
         target: TolvaneApp.saveChooser
         function onSaveRequested(proposedName) {
             if (!window.saveDialog)
-                window.saveDialog = saveDialogComponent.createObject(window)
+                window.saveDialog = Qt.createComponent("ScreenshotDialog.qml").createObject(window)
             const folder = TolvaneApp.saveChooser.proposedFolder()
             window.saveDialog.currentFolder = folder
             window.saveDialog.selectedFile = folder + "/" + encodeURIComponent(proposedName)

@@ -112,6 +112,18 @@ bool TolvaneApp::showMainWindow(QQmlEngine &engine)
         return false;
     }
     m_mainWindow = window;
+    if (auto *quickWindow = qobject_cast<QQuickWindow *>(window)) {
+        // Swapped on the render thread; the flag changes on ours.
+        connect(
+            quickWindow, &QQuickWindow::frameSwapped, this,
+            [this] {
+                if (m_mainWindowDrawn)
+                    return;
+                m_mainWindowDrawn = true;
+                Q_EMIT mainWindowDrawnChanged();
+            },
+            Qt::QueuedConnection);
+    }
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &TolvaneApp::reopenMainWindow,
         Qt::UniqueConnection);
     return true;

@@ -23,6 +23,7 @@ class TolvaneApp : public QObject
     Q_PROPERTY(PhoneStore *store READ store CONSTANT)
     Q_PROPERTY(ApkInstaller *installer READ installer CONSTANT)
     Q_PROPERTY(DialogSaveLocationChooser *saveChooser READ saveChooser CONSTANT)
+    Q_PROPERTY(bool mainWindowDrawn READ mainWindowDrawn NOTIFY mainWindowDrawnChanged)
 
 public:
     // Ignores SIGPIPE before any model object exists: a tool that exits without reading its input must
@@ -54,6 +55,12 @@ public:
     // on the Dock icon reactivates the app.
     bool showMainWindow(QQmlEngine &engine);
     QObject *mainWindow() const { return m_mainWindow; }
+    // True once the main window's first frame is on screen: what it shows only then can wait until
+    // the window has appeared.
+    bool mainWindowDrawn() const { return m_mainWindowDrawn; }
+
+Q_SIGNALS:
+    void mainWindowDrawnChanged();
 
 private:
     void reopenMainWindow(Qt::ApplicationState state);
@@ -64,4 +71,5 @@ private:
     ApkInstaller *m_installer;
     DialogSaveLocationChooser *m_saveChooser;
     QPointer<QObject> m_mainWindow;
+    bool m_mainWindowDrawn = false;
 };

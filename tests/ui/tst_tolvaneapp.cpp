@@ -93,6 +93,8 @@ private Q_SLOTS:
         TolvaneApp app(nullptr);
         QVERIFY(app.showMainWindow(engine));
         QObject *main = app.mainWindow();
+        // The shown tab's content comes once the window has been drawn.
+        QTRY_VERIFY(main->findChild<QObject *>(QStringLiteral("setupView")));
         QVERIFY(!main->findChild<QObject *>(QStringLiteral("saveDialog")));
         QVERIFY(!main->findChild<QObject *>(QStringLiteral("openDialog")));
 

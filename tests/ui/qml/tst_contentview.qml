@@ -37,9 +37,17 @@ Item {
             compare([0, 1, 2].map(i => tabs.itemAt(i).text), ["Setup", "Phones", "Apps"])
             compare(tabs.currentIndex, 0)
             for (const [index, name] of ["setupView", "phonesView", "appsView"].entries()) {
+                compare(findChild(view, name) === null, index > 0, name + " is made when first shown")
                 tabs.currentIndex = index
                 tryVerify(() => findChild(view, name) !== null && findChild(view, name).visible, 5000, name)
             }
+        }
+
+        function test_tabsHeldBackUntilReleased() {
+            const view = createTemporaryObject(contentComponent, root, { holdTabs: true })
+            compare(findChild(view, "setupView"), null)
+            view.holdTabs = false
+            tryVerify(() => findChild(view, "setupView") !== null)
         }
 
         function test_logsButtonAsksForTheLogsWindow() {
