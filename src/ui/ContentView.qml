@@ -74,7 +74,9 @@ ColumnLayout {
             if (shown && !item)
                 setSource(view, { objectName: name })
         }
-        onShownChanged: make()
+        // Made just after, not while the change is being told: a new view checks the machine, which
+        // can change what this binding reads.
+        onShownChanged: if (shown) Qt.callLater(make)
         Component.onCompleted: make()
     }
 }
