@@ -42,12 +42,10 @@ Item {
             verify(box)
             compare(box.text, "Crashing_Phone reported a problem.")
 
-            // The log follows its end, and "Copy" takes all of it.
+            // The log follows its end.
             const list = findChild(view, "logList")
             compare(list.count, runner.lines.length)
             tryVerify(() => list.atYEnd)
-            mouseClick(findChild(view, "copyLog"))
-            compare(sim.clipboardText(), runner.lines.join("\n"))
         }
     }
 }
