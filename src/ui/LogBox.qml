@@ -122,18 +122,17 @@ Rectangle {
         }
         function onCountChanged() {
             // Lines dropped from the front take the part of the selection that lay on them.
-            if (box.anchorLine < 0 || box.endLine >= box.firstLine) {
-                if (box.anchorLine >= 0 && box.startLine < box.firstLine) {
-                    if (box.backwards) {
-                        box.cursorLine = box.firstLine
-                        box.cursorChar = 0
-                    } else {
-                        box.anchorLine = box.firstLine
-                        box.anchorChar = 0
-                    }
-                }
-            } else {
+            const first = box.lines.dropped
+            if (box.anchorLine >= 0 && box.endLine < first) {
                 box.clearSelection()
+            } else if (box.anchorLine >= 0 && box.startLine < first) {
+                if (box.backwards) {
+                    box.cursorLine = first
+                    box.cursorChar = 0
+                } else {
+                    box.anchorLine = first
+                    box.anchorChar = 0
+                }
             }
             if (box.following)
                 list.followLater()
@@ -182,9 +181,10 @@ Rectangle {
                     select(selectedPart.x, selectedPart.y)
             }
             onSelectedPartChanged: showSelection()
-            // A new text, as when the item shows another line, drops the old selection.
-            onTextChanged: showSelection()
             Component.onCompleted: showSelection()
+            // Setting a new text, as when the item is reused for another line, drops the item's selection;
+            // it is shown again once the text has settled, not from inside the change.
+            onLineChanged: Qt.callLater(showSelection)
 
             width: ListView.view.width
             text: line
@@ -233,8 +233,11 @@ Rectangle {
 
         property double lastDoubleClick: 0
 
+        // Past an edge the view can still scroll towards, the pointer takes the line at that edge; past
+        // the log's own top or end, its first or last character.
         function extendTo(x, y) {
-            const at = box.positionAt(x, Math.max(0, Math.min(height - 1, y)))
+            const clamped = (y < 0 && !list.atYBeginning) || (y >= height && !list.atYEnd)
+            const at = box.positionAt(x, clamped ? Math.max(0, Math.min(height - 1, y)) : y)
             if (at && box.anchorLine >= 0) {
                 box.cursorLine = at.line
                 box.cursorChar = at.column
@@ -299,6 +302,8 @@ Rectangle {
     Menu {
         id: menu
         objectName: "logMenu"
+        // Copying with the keyboard goes on working once the menu is gone.
+        onClosed: box.forceActiveFocus()
         MenuItem {
             objectName: "logMenuCopy"
             text: "Copy"
