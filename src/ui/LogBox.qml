@@ -198,6 +198,19 @@ Rectangle {
             color: Style.text
             selectionColor: Style.palette.highlight
             selectedTextColor: Style.palette.highlightedText
+
+            // A selection that goes on past this line takes its line break: the highlight runs to the edge.
+            Rectangle {
+                readonly property rect lineEnd: parent.contentHeight > 0 && parent.width > 0
+                    ? parent.positionToRectangle(parent.length) : Qt.rect(0, 0, 0, 0)
+                visible: parent.selectedPart.x >= 0 && parent.number < box.endLine
+                x: lineEnd.x
+                y: lineEnd.y
+                width: parent.width - x
+                height: lineEnd.height
+                z: -1
+                color: Style.palette.highlight
+            }
         }
 
         // Follows the end once per event-loop turn, however many lines arrived in it.
