@@ -63,9 +63,7 @@ Item {
         }
 
         // A line item that re-entered its own updates would blow the stack, and only say so in a warning.
-        function init() {
-            failOnWarning(/RangeError/)
-        }
+        function init() { failOnWarning(/RangeError/) }
         function cleanup() {
             store.allRunners.forEach(runner => runner.state !== EmulatorProcess.Stopped && runner.stop())
             tryVerify(() => store.allRunners.every(runner => runner.state === EmulatorProcess.Stopped), 30000)
