@@ -1,5 +1,7 @@
 #include "LogLines.h"
 
+#include <algorithm>
+
 LogLines::LogLines(QObject *parent)
     : QAbstractListModel(parent)
 { }
@@ -42,6 +44,33 @@ void LogLines::dropFirst(int n)
     m_dropped += n;
     endRemoveRows();
     Q_EMIT countChanged();
+}
+
+QString LogLines::textBetween(qint64 fromLine, int fromChar, qint64 toLine, int toChar) const
+{
+    const qint64 first = m_dropped;
+    const qint64 last = m_dropped + count() - 1;
+    if (fromLine > last || toLine < first || fromLine > toLine)
+        return {};
+    if (fromLine < first) {
+        fromLine = first;
+        fromChar = 0;
+    }
+    if (toLine > last) {
+        toLine = last;
+        toChar = int(m_lines.constLast().size());
+    }
+    QString text;
+    for (qint64 number = fromLine; number <= toLine; ++number) {
+        const QString &line = m_lines.at(qsizetype(number - first));
+        const qsizetype from = number == fromLine ? std::clamp<qsizetype>(fromChar, 0, line.size()) : 0;
+        const qsizetype to
+            = number == toLine ? std::clamp<qsizetype>(toChar, from, line.size()) : line.size();
+        if (number > fromLine)
+            text += QLatin1Char('\n');
+        text += QStringView(line).mid(from, to - from);
+    }
+    return text;
 }
 
 int LogLines::rowCount(const QModelIndex &parent) const

@@ -12,6 +12,9 @@ class LogLines : public QAbstractListModel
     QML_ELEMENT
     QML_UNCREATABLE("Owned by a job runner or an emulator process")
     Q_PROPERTY(int count READ count NOTIFY countChanged)
+    // Lines are numbered from the first one of the log: the line shown in row r is number dropped + r,
+    // so a number keeps naming the same text when older lines are dropped.
+    Q_PROPERTY(qint64 dropped READ droppedCount NOTIFY countChanged)
 
 public:
     explicit LogLines(QObject *parent = nullptr);
@@ -22,8 +25,9 @@ public:
     // the log tell a trim from a reset.
     qint64 droppedCount() const { return m_dropped; }
 
-    // The whole log as one text, for copying.
-    Q_INVOKABLE QString text() const { return m_lines.join(QLatin1Char('\n')); }
+    // The text from character fromChar of line number fromLine up to character toChar of line number
+    // toLine, lines joined with line breaks; positions outside what the log still holds are clamped.
+    Q_INVOKABLE QString textBetween(qint64 fromLine, int fromChar, qint64 toLine, int toChar) const;
 
     void reset(const QStringList &lines);
     void append(const QStringList &lines);

@@ -16,6 +16,7 @@ ColumnLayout {
     }
     LogBox {
         lines: body.runner ? body.runner.lineModel : null
+        accessibleName: (body.runner ? body.runner.name + ": " : "") + "emulator output"
         placeholder: "No output yet. Start this phone to see the emulator's output."
         Layout.fillWidth: true
         Layout.fillHeight: true

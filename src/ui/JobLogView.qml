@@ -39,6 +39,7 @@ ColumnLayout {
     }
     LogBox {
         lines: view.job ? view.job.lineModel : null
+        accessibleName: (view.job && view.job.title.length > 0 ? view.job.title : "Output") + ": output"
         Layout.fillWidth: true
         Layout.preferredHeight: 160
     }

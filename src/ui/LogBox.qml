@@ -2,53 +2,332 @@ import QtQuick
 import QtQuick.Controls
 import Tolvane
 
-// A scrolling view of a log that follows its end whenever a line is added or dropped. Only the lines
-// on screen are laid out, so a flood of output costs the view next to nothing; each line is
-// selectable, and "Copy" takes the whole log.
+// A scrolling, read-only view of a log that follows its end as lines arrive. Only the lines on screen
+// are laid out, so a flood of output costs the view next to nothing. The user selects across lines as
+// in a Mac text view (drag, shift-click, double-click for a word, triple-click for a line), copies with
+// the platform's shortcut or the context menu, and selects all. The selection is held here as line
+// numbers of the log (see LogLines.dropped), so it stays on the same text while older lines are dropped.
 Rectangle {
     id: box
     property LogLines lines
     property string placeholder
+    property string accessibleName: "Output"
+
+    // Where the selection began and where its moving end is: a line number and a character in it.
+    property real anchorLine: -1
+    property int anchorChar: 0
+    property real cursorLine: -1
+    property int cursorChar: 0
+
+    readonly property int lineEnd: 2147483647
+    readonly property real firstLine: lines ? lines.dropped : 0
+    readonly property bool hasSelection: anchorLine >= 0
+        && (anchorLine !== cursorLine || anchorChar !== cursorChar)
+    readonly property bool backwards: cursorLine < anchorLine || (cursorLine === anchorLine && cursorChar < anchorChar)
+    readonly property real startLine: backwards ? cursorLine : anchorLine
+    readonly property int startChar: backwards ? cursorChar : anchorChar
+    readonly property real endLine: backwards ? anchorLine : cursorLine
+    readonly property int endChar: backwards ? anchorChar : cursorChar
+
+    // The view follows the end unless the user holds a selection or has scrolled away from the end.
+    property bool scrolledAway: false
+    readonly property bool following: !hasSelection && !scrolledAway
+
+    function selectedText() {
+        return hasSelection ? lines.textBetween(startLine, startChar, endLine, endChar) : ""
+    }
+    function copy() {
+        if (hasSelection)
+            TolvaneApp.copyToClipboard(selectedText())
+    }
+    function selectAll() {
+        if (!lines || lines.count === 0)
+            return
+        anchorLine = firstLine
+        anchorChar = 0
+        cursorLine = firstLine + lines.count - 1
+        cursorChar = lineText(cursorLine).length
+    }
+    function clearSelection() {
+        anchorLine = -1
+        cursorLine = -1
+    }
+    function select(fromLine, fromChar, toLine, toChar) {
+        anchorLine = fromLine
+        anchorChar = fromChar
+        cursorLine = toLine
+        cursorChar = toChar
+    }
+
+    // The position under a point of the list, as {line, column}; points past either end of the log take
+    // its first or last character.
+    function positionAt(x, y) {
+        const count = list.count
+        if (count === 0)
+            return null
+        const contentY = y + list.contentY
+        const row = list.indexAt(1, contentY)
+        if (row < 0) {
+            if (contentY < list.originY)
+                return { line: firstLine, column: 0 }
+            return { line: firstLine + count - 1, column: lineText(firstLine + count - 1).length }
+        }
+        const item = list.itemAtIndex(row)
+        return { line: firstLine + row, column: item ? item.positionAt(x + list.contentX - item.x, contentY - item.y) : 0 }
+    }
+    function lineText(line) {
+        return lines.textBetween(line, 0, line, lineEnd)
+    }
+    function selectWord(at) {
+        const text = lineText(at.line)
+        const isWord = c => /\w/.test(c) || c.charCodeAt(0) > 127
+        let from = Math.min(at.column, text.length)
+        let to = from
+        if (to < text.length && isWord(text[to])) {
+            while (from > 0 && isWord(text[from - 1]))
+                --from
+            while (to < text.length && isWord(text[to]))
+                ++to
+        } else if (to < text.length) {
+            ++to
+        }
+        select(at.line, from, at.line, to)
+    }
 
     radius: 6
     color: Style.logBackground
+    activeFocusOnTab: true
+    Accessible.role: Accessible.EditableText
+    Accessible.name: accessibleName
+    Accessible.description: lines && lines.count > 0 ? "" : placeholder
+    Accessible.readOnly: true
+    Accessible.multiLine: true
+    Accessible.selectableText: true
+    Accessible.focusable: true
+
+    Keys.onPressed: event => {
+        if (event.matches(StandardKey.Copy))
+            box.copy()
+        else if (event.matches(StandardKey.SelectAll))
+            box.selectAll()
+        else
+            event.accepted = false
+    }
+
+    Connections {
+        target: box.lines
+        function onModelReset() {
+            box.clearSelection()
+            box.scrolledAway = false
+        }
+        function onCountChanged() {
+            // Lines dropped from the front take the part of the selection that lay on them.
+            const first = box.lines.dropped
+            if (box.anchorLine >= 0 && box.endLine < first) {
+                box.clearSelection()
+            } else if (box.anchorLine >= 0 && box.startLine < first) {
+                if (box.backwards) {
+                    box.cursorLine = first
+                    box.cursorChar = 0
+                } else {
+                    box.anchorLine = first
+                    box.anchorChar = 0
+                }
+            }
+            if (box.following)
+                list.followLater()
+        }
+    }
+    onFollowingChanged: {
+        if (following)
+            list.followLater()
+    }
 
     ListView {
         id: list
         objectName: "logList"
         anchors.fill: parent
         anchors.margins: 6
-        // Lines wrap before the Copy button, never under it.
-        anchors.rightMargin: copy.visible ? copy.width + 12 : 6
         clip: true
         model: box.lines
         boundsBehavior: Flickable.StopAtBounds
         reuseItems: true
-        ScrollBar.vertical: ScrollBar {}
+        ScrollBar.vertical: ScrollBar {
+            onPressedChanged: {
+                if (pressed)
+                    box.scrolledAway = true
+                else
+                    list.noteUserScroll()
+            }
+        }
+        onMovementStarted: box.scrolledAway = true
+        onMovementEnded: noteUserScroll()
+
         delegate: TextEdit {
             required property string line
+            required property int index
+            readonly property real number: box.firstLine + index
+            // This line's part of the selection, as the characters from x to y; none when x is -1.
+            readonly property point selectedPart: {
+                if (!box.hasSelection || number < box.startLine || number > box.endLine)
+                    return Qt.point(-1, -1)
+                return Qt.point(number === box.startLine ? Math.min(box.startChar, line.length) : 0,
+                                number === box.endLine ? Math.min(box.endChar, line.length) : line.length)
+            }
+            function showSelection() {
+                if (selectedPart.x < 0)
+                    deselect()
+                else
+                    select(selectedPart.x, selectedPart.y)
+            }
+            onSelectedPartChanged: showSelection()
+            Component.onCompleted: showSelection()
+            // Setting a new text, as when the item is reused for another line, drops the item's selection;
+            // it is shown again once the text has settled, not from inside the change.
+            onLineChanged: Qt.callLater(showSelection)
+
             width: ListView.view.width
             text: line
             readOnly: true
-            selectByMouse: true
+            selectByMouse: false
+            activeFocusOnPress: false
             textFormat: TextEdit.PlainText
             // Long words still break, but ordinary text wraps between words.
             wrapMode: TextEdit.WrapAtWordBoundaryOrAnywhere
             font: Style.monoCaption
             color: Style.text
-            selectionColor: Style.accent
+            selectionColor: Style.palette.highlight
+            selectedTextColor: Style.palette.highlightedText
+
+            // A selection that goes on past this line takes its line break: the highlight runs to the edge.
+            Rectangle {
+                readonly property rect lineEnd: parent.contentHeight > 0 && parent.width > 0
+                    ? parent.positionToRectangle(parent.length) : Qt.rect(0, 0, 0, 0)
+                visible: parent.selectedPart.x >= 0 && parent.number < box.endLine
+                x: lineEnd.x
+                y: lineEnd.y
+                width: parent.width - x
+                height: lineEnd.height
+                z: -1
+                color: Style.palette.highlight
+            }
         }
+
         // Follows the end once per event-loop turn, however many lines arrived in it.
-        property bool following: false
-        function follow() {
-            following = false
-            positionViewAtEnd()
-        }
-        onCountChanged: {
-            if (!following) {
-                following = true
+        property bool followPending: false
+        function followLater() {
+            if (!followPending) {
+                followPending = true
                 Qt.callLater(follow)
             }
+        }
+        function follow() {
+            followPending = false
+            if (box.following)
+                positionViewAtEnd()
+        }
+        function noteUserScroll() {
+            box.scrolledAway = !atYEnd
+        }
+        function scrollBy(dy) {
+            const top = originY
+            const bottom = Math.max(top, originY + contentHeight - height)
+            contentY = Math.max(top, Math.min(bottom, contentY + dy))
+        }
+    }
+
+    MouseArea {
+        id: mouse
+        objectName: "logMouse"
+        anchors.fill: list
+        acceptedButtons: Qt.LeftButton | Qt.RightButton
+        preventStealing: true
+        cursorShape: Qt.IBeamCursor
+
+        property double lastDoubleClick: 0
+
+        // Past an edge the view can still scroll towards, the pointer takes the line at that edge; past
+        // the log's own top or end, its first or last character.
+        function extendTo(x, y) {
+            const clamped = (y < 0 && !list.atYBeginning) || (y >= height && !list.atYEnd)
+            const at = box.positionAt(x, clamped ? Math.max(0, Math.min(height - 1, y)) : y)
+            if (at && box.anchorLine >= 0) {
+                box.cursorLine = at.line
+                box.cursorChar = at.column
+            }
+        }
+
+        onPressed: event => {
+            box.forceActiveFocus()
+            if (event.button === Qt.RightButton) {
+                menu.popup()
+                return
+            }
+            const at = box.positionAt(event.x, event.y)
+            if (!at)
+                return
+            if (Date.now() - lastDoubleClick < Qt.styleHints.mouseDoubleClickInterval) {
+                box.select(at.line, 0, at.line, box.lineText(at.line).length)
+                lastDoubleClick = 0
+            } else if ((event.modifiers & Qt.ShiftModifier) && box.anchorLine >= 0) {
+                box.cursorLine = at.line
+                box.cursorChar = at.column
+            } else {
+                box.select(at.line, at.column, at.line, at.column)
+            }
+        }
+        onPositionChanged: event => {
+            if (pressedButtons & Qt.LeftButton)
+                extendTo(event.x, event.y)
+        }
+        onDoubleClicked: event => {
+            if (event.button !== Qt.LeftButton)
+                return
+            const at = box.positionAt(event.x, event.y)
+            if (at) {
+                box.selectWord(at)
+                lastDoubleClick = Date.now()
+            }
+        }
+        onWheel: event => {
+            // Scrolling up leaves the end at once, before the flick moves the view; the list scrolls.
+            if (event.angleDelta.y > 0 || event.pixelDelta.y > 0)
+                box.scrolledAway = true
+            else
+                Qt.callLater(list.noteUserScroll)
+            event.accepted = false
+        }
+
+        // Dragging past the top or bottom edge scrolls, faster the further out the pointer is.
+        Timer {
+            interval: 30
+            repeat: true
+            running: mouse.pressed && (mouse.pressedButtons & Qt.LeftButton)
+                && (mouse.mouseY < 0 || mouse.mouseY > mouse.height)
+            onTriggered: {
+                const beyond = mouse.mouseY < 0 ? mouse.mouseY : mouse.mouseY - mouse.height
+                list.scrollBy(Math.max(-60, Math.min(60, beyond)))
+                mouse.extendTo(mouse.mouseX, mouse.mouseY)
+            }
+        }
+    }
+
+    Menu {
+        id: menu
+        objectName: "logMenu"
+        // Copying with the keyboard goes on working once the menu is gone.
+        onClosed: box.forceActiveFocus()
+        MenuItem {
+            objectName: "logMenuCopy"
+            text: "Copy"
+            enabled: box.hasSelection
+            onTriggered: box.copy()
+        }
+        MenuItem {
+            objectName: "logMenuSelectAll"
+            text: "Select All"
+            enabled: list.count > 0
+            onTriggered: box.selectAll()
         }
     }
 
@@ -60,18 +339,5 @@ Rectangle {
         text: box.placeholder
         font: Style.monoCaption
         color: Style.secondary
-    }
-
-    Button {
-        id: copy
-        objectName: "copyLog"
-        visible: list.count > 0
-        text: "Copy"
-        flat: true
-        font: Style.caption
-        anchors.right: parent.right
-        anchors.top: parent.top
-        anchors.margins: 4
-        onClicked: TolvaneApp.copyToClipboard(box.lines.text())
     }
 }

@@ -138,6 +138,13 @@ struct Shot
         } else if (word == QLatin1String("logs")) {
             QMetaObject::invokeMethod(main, "openLogs");
             window = main->property("logsWindow").value<QQuickWindow *>();
+        } else if (word == QLatin1String("select-log")) {
+            // From the middle of one line to the middle of another, three lines further on.
+            QObject *box = window->findChild<QObject *>(QStringLiteral("logList"))->parent();
+            const qint64 last = box->property("lines").value<LogLines *>()->droppedCount()
+                + box->property("lines").value<LogLines *>()->count() - 1;
+            QMetaObject::invokeMethod(box, "select", Q_ARG(QVariant, double(last - 4)), Q_ARG(QVariant, 10),
+                Q_ARG(QVariant, double(last - 1)), Q_ARG(QVariant, 25));
         } else if (word == QLatin1String("licence-text")) {
             setup->loadLicenseText();
             waitUntil([&] { return setup->licenseText().has_value(); });
@@ -225,6 +232,7 @@ const char *const shots[][3] = {
     {"08-setup-ready", "ready", ""},
     {"09-logs-no-phones", "", "logs"},
     {"10-logs-failed-phone", "phones emulator.crash", "crash:Pixel_7_API_34|logs"},
+    {"10b-logs-selection", "phones emulator.crash", "crash:Pixel_7_API_34|logs|select-log"},
     {"11-phones-not-ready", "", "tab:1"},
     {"11b-phones-first-visit-loading", "phones slow", "tab-now:1"},
     {"12-phones-list", "phones", "tab:1|start:Pixel_8_Play"},

@@ -42,12 +42,7 @@ Item {
             verify(box)
             compare(box.text, "Crashing_Phone reported a problem.")
 
-            // The log follows its end, and "Copy" takes all of it.
-            const list = findChild(view, "logList")
-            compare(list.count, runner.lines.length)
-            tryVerify(() => list.atYEnd)
-            mouseClick(findChild(view, "copyLog"))
-            compare(sim.clipboardText(), runner.lines.join("\n"))
+            compare(findChild(view, "logList").count, runner.lines.length)
         }
     }
 }
