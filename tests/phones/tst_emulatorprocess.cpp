@@ -120,8 +120,6 @@ private Q_SLOTS:
         QTest::newRow("every option") << StartOptions {true, true, true, "0.5", "host"}
                                       << QStringList {"-no-snapshot-load", "-no-snapshot", "-wipe-data",
                                              "-scale", "0.5", "-gpu", "host"};
-        QTest::newRow("cold boot only") << StartOptions {true, false, false, "Default",
-            "swiftshader_indirect"} << QStringList {"-no-snapshot-load", "-gpu", "swiftshader_indirect"};
         QTest::newRow("scale not offered is passed on") << StartOptions {false, false, false, "2.5", "auto"}
                                                         << QStringList {"-scale", "2.5", "-gpu", "auto"};
         QTest::newRow("only exactly Default means no scale") << StartOptions {
@@ -390,23 +388,6 @@ private Q_SLOTS:
         QCOMPARE(phone.lines(), (QStringList {commandLine, "first half", "\tindented", "no end"}));
     }
 
-    void logIsTrimmed()
-    {
-        // 3999 lines after the command line make 4000, which stay; one more makes
-        // 4001, which drops 1000.
-        script(QStringLiteral("emulator"),
-            "at_start() { sleep 0.2; " + printLines(3999)
-                + "; sleep 0.5; echo 'one more'; sleep 0.3; exit 0; }");
-        EmulatorProcess phone(phoneName);
-        phone.start(emulator(), 5554, StartOptions {});
-        QTRY_COMPARE(phone.lines().size(), 4000);
-        QCOMPARE(phone.lines().last(), QStringLiteral("line 3999"));
-        QTRY_COMPARE(phone.lines().size(), 3001);
-        QCOMPARE(phone.lines().first(), QStringLiteral("line 1000"));
-        QCOMPARE(phone.lines().last(), QStringLiteral("one more"));
-        QCOMPARE(phone.lineModel()->count(), 3001);
-    }
-
     // How many lines stay once one drain has brought the log to a count.
     void trimmingRule_data()
     {
@@ -460,10 +441,10 @@ private Q_SLOTS:
                                 "\"$SIM_STATE/adb.log\") -le 2 ] && ";
         QTest::newRow("not yet a device") << state + "{ echo offline; exit 0; }" << getState;
         QTest::newRow("get-state fails") << state + "{ echo 'error: closed' >&2; exit 1; }" << getState;
-        QTest::newRow("get-state times out") << state + "exec sleep 5" << getState;
+        QTest::newRow("get-state times out") << state + "exec sleep 30" << getState;
         QTest::newRow("not yet booted") << boot + "{ echo 0; exit 0; }" << getBoot;
         QTest::newRow("getprop fails") << boot + "{ echo 'error: device offline' >&2; exit 1; }" << getBoot;
-        QTest::newRow("getprop times out") << boot + "exec sleep 5" << getBoot;
+        QTest::newRow("getprop times out") << boot + "exec sleep 30" << getBoot;
     }
 
     void pollRetries()
@@ -515,31 +496,9 @@ private Q_SLOTS:
                              .arg((seen + 500) / 1000)});
     }
 
-    void droppingTheObjectLeavesTheEmulatorRunning()
+    // A dropped runner leaves its emulator running, and reads what it still prints without keeping it.
+    void droppedRunner()
     {
-        auto *phone = new EmulatorProcess(phoneName);
-        phone->start(emulator(), 5554, StartOptions {});
-        QTRY_COMPARE(phone->state(), State::Running);
-        delete phone;
-
-        QTest::qWait(200);
-        QCOMPARE(m_sim->runningEmulators(), QStringList {"emulator-5554"});
-    }
-
-    void droppedRunnerDiscardsTheOutput()
-    {
-#ifndef Q_OS_LINUX
-        QSKIP("reads the resident size from /proc");
-#endif
-#if defined(__SANITIZE_ADDRESS__)
-        QSKIP("AddressSanitizer keeps freed memory in quarantine, so the resident "
-              "size says nothing");
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-        QSKIP("AddressSanitizer keeps freed memory in quarantine, so the resident "
-              "size says nothing");
-#endif
-#endif
         const QString go = m_root.filePath(QStringLiteral("go"));
         const QString done = m_root.filePath(QStringLiteral("done"));
         script(QStringLiteral("emulator"),
@@ -551,7 +510,17 @@ private Q_SLOTS:
         phone->start(emulator(), 5554, StartOptions {});
         QTRY_COMPARE(phone->state(), State::Running);
         delete phone;
+        QTest::qWait(200);
+        QCOMPARE(m_sim->runningEmulators(), QStringList {"emulator-5554"});
 
+        // The resident size comes from /proc, and says nothing under AddressSanitizer's quarantine.
+#if !defined(Q_OS_LINUX) || defined(__SANITIZE_ADDRESS__)
+        QSKIP("no resident size to go by");
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+        QSKIP("no resident size to go by");
+#endif
+#endif
         const auto resident = [] {
             QFile statm(QStringLiteral("/proc/self/statm"));
             statm.open(QIODevice::ReadOnly);

@@ -71,7 +71,10 @@ private Q_SLOTS:
         m_root = std::make_unique<QTemporaryDir>();
         m_sim = std::make_unique<SimHost>(m_root->path());
         m_sim->activate();
-        m_sim->makeReady();
+        // The rules that need no tools skip the half second a ready machine takes to lay out.
+        if (!QByteArrayList {"isValidName", "consolePort", "runnersAreMadeOnceAndSorted", "realTimeouts"}
+                 .contains(QTest::currentTestFunction()))
+            m_sim->makeReady();
         EmulatorProcess::Timing timing;
         timing.bootPollInterval = 100ms;
         timing.stopWaitStep = 50ms;
@@ -261,6 +264,10 @@ private Q_SLOTS:
         const QVariantMap bTarget {{"name", "B"}, {"serial", "emulator-5556"}};
         QCOMPARE(store.runningTargets(), (QVariantList {a, bTarget}));
 
+        // Rounds long enough for the emulator to go even on a busy machine; the wait ends once it has.
+        EmulatorProcess::Timing patient = EmulatorProcess::timing();
+        patient.stopWaitStep = 500ms;
+        EmulatorProcess::setTiming(patient);
         waitFor(store.stopElsewhereTask(QStringLiteral("A")));
         QVERIFY(store.elsewhere().isEmpty());
         QVERIFY(store.stoppingElsewhere().isEmpty());
@@ -551,44 +558,24 @@ private Q_SLOTS:
         QTRY_COMPARE(m_sim->runningEmulators(), QStringList {"emulator-5556"});
     }
 
-    void installImage()
+    void installImage_data()
     {
-        PhoneStore store;
-        waitFor(store.loadImagesTask());
-        QVERIFY(!store.images().last().installed);
-        QSignalSpy changes(&store, &PhoneStore::changed);
-        QSignalSpy jobChanges(store.imageJob(), &JobRunner::changed);
-        QVERIFY(waitFor(store.installImageTask(store.images().last())));
-        QCOMPARE(store.imageJob()->title(), QStringLiteral("Installing Android 14 (API 34), Google Play"));
-        QCOMPARE(store.imageJob()->lines().first(),
-            QStringLiteral("$ %1 --sdk_root=%2 %3")
-                .arg(*AndroidTools::sdkManager(), AndroidTools::sdkRoot(), playImage));
-        QCOMPARE(store.imageJob()->progress(), 1.0);
-        // The job's own announcements reach the store's observers.
-        QVERIFY(changes.count() > jobChanges.count());
-        QCOMPARE(store.images().last().id, playImage);
-        QVERIFY(store.images().last().installed);
-        QVERIFY(!store.images().first().installed);
-        QCOMPARE(store.errorSummary(), std::nullopt);
-    }
-
-    void installImageFailsOrIsCancelled_data()
-    {
-        QTest::addColumn<QByteArray>("script");
+        QTest::addColumn<QByteArray>("script"); // empty for the real install
         QTest::addColumn<bool>("cancel");
         QTest::addColumn<QString>("summary");
         QTest::addColumn<QString>("details");
 
         // The summary before the install is the failed model listing's.
+        const QString before
+            = QStringLiteral("Could not list phone models. The command exited with status 1.");
+        QTest::newRow("installed") << QByteArray() << false << before << "";
         QTest::newRow("failed") << QByteArray("echo 'Warning: Failed to find package'; exit 1") << false
                                 << "Installing the system image failed."
                                 << "Warning: Failed to find package\n";
-        QTest::newRow("cancelled") << QByteArray("echo 'Downloading'; exec sleep 10") << true
-                                   << "Could not list phone models. The command exited with status 1."
-                                   << "";
+        QTest::newRow("cancelled") << QByteArray("echo 'Downloading'; exec sleep 10") << true << before << "";
     }
 
-    void installImageFailsOrIsCancelled()
+    void installImage()
     {
         QFETCH(QByteArray, script);
         QFETCH(bool, cancel);
@@ -598,17 +585,27 @@ private Q_SLOTS:
         PhoneStore store;
         answer(QStringLiteral("avdmanager"), QStringLiteral("list device"), "exit 1");
         waitFor(store.loadDevicesTask());
-        answer(QStringLiteral("sdkmanager"), playImage, script);
+        if (!script.isEmpty())
+            answer(QStringLiteral("sdkmanager"), playImage, script);
         connect(store.imageJob(), &JobRunner::linesChanged, this, [&store, cancel] {
             if (cancel && store.imageJob()->lines().size() == 2)
                 store.imageJob()->job()->cancel();
         });
         QSignalSpy images(&store, &PhoneStore::imagesChanged);
-        QVERIFY(!waitFor(store.installImageTask(image34)));
+        QSignalSpy changes(&store, &PhoneStore::changed);
+        QSignalSpy jobChanges(store.imageJob(), &JobRunner::changed);
+        QCOMPARE(waitFor(store.installImageTask(image34)), script.isEmpty());
+        QCOMPARE(store.imageJob()->title(), QStringLiteral("Installing Android 14 (API 34), Google Play"));
+        QCOMPARE(store.imageJob()->lines().first(),
+            QStringLiteral("$ %1 --sdk_root=%2 %3")
+                .arg(*AndroidTools::sdkManager(), AndroidTools::sdkRoot(), playImage));
+        // The job's own announcements reach the store's observers.
+        QVERIFY(changes.count() > jobChanges.count());
         QCOMPARE(store.errorSummary(), summary);
         QCOMPARE(store.errorDetails(), details);
+        // The images were listed again, and show what is installed now.
         QCOMPARE(images.count(), 1);
-        QCOMPARE(store.images().size(), 3);
+        QCOMPARE(store.images().last().installed, script.isEmpty());
     }
 
     void toolsMissing()

@@ -32,46 +32,41 @@ private Q_SLOTS:
 
     void sdkRoot_data()
     {
-        QTest::addColumn<QString>("home"); // value of ANDROID_HOME; "-" for unset
-        QTest::addColumn<QString>("sdkRootVariable"); // value of ANDROID_SDK_ROOT; "-" for unset
+        QTest::addColumn<QStringList>(
+            "variables"); // ANDROID_HOME and ANDROID_SDK_ROOT below the root; "-" unset
         QTest::addColumn<QStringList>("tools"); // executables to create below the root
         QTest::addColumn<QString>("expected"); // "default" for the app's own folder
 
-        QTest::newRow("neither set") << "-"
-                                     << "-" << QStringList {} << "default";
+        QTest::newRow("neither set") << QStringList {"-", "-"} << QStringList {} << "default";
         QTest::newRow("empty home, root with emulator")
-            << ""
-            << "other" << QStringList {"other/emulator/emulator"} << "other";
+            << QStringList {"", "other"} << QStringList {"other/emulator/emulator"} << "other";
         QTest::newRow("home with only sdkmanager")
-            << "mine"
-            << "-" << QStringList {"mine/cmdline-tools/latest/bin/sdkmanager"} << "mine";
-        QTest::newRow("home without tools is ignored") << "empty"
-                                                       << "-" << QStringList {} << "default";
+            << QStringList {"mine", "-"} << QStringList {"mine/cmdline-tools/latest/bin/sdkmanager"}
+            << "mine";
+        QTest::newRow("home without tools is ignored")
+            << QStringList {"empty", "-"} << QStringList {} << "default";
         QTest::newRow("home wins over root")
-            << "mine"
-            << "other" << QStringList {"mine/emulator/emulator", "other/emulator/emulator"} << "mine";
-        QTest::newRow("trailing slash dropped") << "mine/"
-                                                << "-" << QStringList {"mine/emulator/emulator"} << "mine";
+            << QStringList {"mine", "other"}
+            << QStringList {"mine/emulator/emulator", "other/emulator/emulator"} << "mine";
+        QTest::newRow("trailing slash dropped")
+            << QStringList {"mine/", "-"} << QStringList {"mine/emulator/emulator"} << "mine";
         QTest::newRow("home without tools falls to root")
-            << "empty"
-            << "other" << QStringList {"other/emulator/emulator"} << "other";
+            << QStringList {"empty", "other"} << QStringList {"other/emulator/emulator"} << "other";
     }
 
     void sdkRoot()
     {
-        QFETCH(QString, home);
-        QFETCH(QString, sdkRootVariable);
+        QFETCH(QStringList, variables);
         QFETCH(QStringList, tools);
         QFETCH(QString, expected);
 
         for (const QString &tool : tools)
             writeScript(path(tool), "exit 0");
-        const auto set = [&](const char *name, const QString &value) {
+        for (const char *name : {"ANDROID_HOME", "ANDROID_SDK_ROOT"}) {
+            const QString value = variables.takeFirst();
             if (value != QLatin1String("-"))
                 qputenv(name, value.isEmpty() ? QByteArray() : path(value).toUtf8());
-        };
-        set("ANDROID_HOME", home);
-        set("ANDROID_SDK_ROOT", sdkRootVariable);
+        }
         QCOMPARE(
             AndroidTools::sdkRoot(), expected == QLatin1String("default") ? defaultSdk() : path(expected));
     }
@@ -154,63 +149,44 @@ private Q_SLOTS:
     void environment_data()
     {
         QTest::addColumn<bool>("withJava");
-        QTest::newRow("without Java") << false;
-        QTest::newRow("with Java") << true;
+        QTest::addColumn<QByteArray>("home"); // the app's HOME; "-" for unset
+        QTest::addColumn<QString>("childHome");
+
+        QTest::newRow("without Java") << false << QByteArray("/somewhere") << "/somewhere";
+        QTest::newRow("with Java") << true << QByteArray("/somewhere") << "/somewhere";
+        QTest::newRow("empty HOME is passed on") << false << QByteArray() << "";
+        QTest::newRow("unset HOME is the account's home")
+            << false << QByteArray("-") << QFile::decodeName(getpwuid(getuid())->pw_dir);
     }
 
     void environment()
     {
         QFETCH(bool, withJava);
+        QFETCH(QByteArray, home);
+        QFETCH(QString, childHome);
 
         const QString java
             = path(QStringLiteral("opt/homebrew/opt/openjdk@17/libexec/openjdk.jdk/Contents/Home"));
         if (withJava)
             writeScript(java + "/bin/java", "exit 0");
         qputenv("ANDROID_SDK_ROOT", "/elsewhere/without/tools");
-        const QProcessEnvironment env = AndroidTools::environment();
-        const QString r = defaultSdk();
-        QStringList path = {r + "/platform-tools", r + "/emulator", r + "/cmdline-tools/latest/bin",
-            brew() + "/bin", brew() + "/sbin", "/usr/bin", "/bin", "/usr/sbin", "/sbin"};
-        QStringList keys
-            = {"ANDROID_HOME", "ANDROID_SDK_ROOT", "HOME", "HOMEBREW_NO_ENV_HINTS", "PATH", "TMPDIR"};
-        if (withJava) {
-            path.prepend(java + "/bin");
-            keys.insert(4, "JAVA_HOME");
-            QCOMPARE(env.value("JAVA_HOME"), java);
-        }
-        QStringList actualKeys = env.keys();
-        actualKeys.sort();
-        QCOMPARE(actualKeys, keys);
-        QCOMPARE(env.value("PATH"), path.join(':'));
-        QCOMPARE(env.value("ANDROID_HOME"), r);
-        QCOMPARE(env.value("ANDROID_SDK_ROOT"), r);
-        QCOMPARE(env.value("HOME"), m_root->path());
-        QCOMPARE(env.value("TMPDIR"), QDir::tempPath());
-        QCOMPARE(env.value("HOMEBREW_NO_ENV_HINTS"), QStringLiteral("1"));
-    }
-
-    void childHome_data()
-    {
-        QTest::addColumn<QByteArray>("home"); // "-" for unset
-        QTest::addColumn<QString>("expected");
-
-        QTest::newRow("empty is passed on") << QByteArray() << "";
-        QTest::newRow("set") << QByteArray("/somewhere") << "/somewhere";
-        QTest::newRow("unset is the account's home")
-            << QByteArray("-") << QFile::decodeName(getpwuid(getuid())->pw_dir);
-    }
-
-    void childHome()
-    {
-        QFETCH(QByteArray, home);
-        QFETCH(QString, expected);
-
         if (home == "-")
             qunsetenv("HOME");
         else
             qputenv("HOME", home);
-        QVERIFY(AndroidTools::environment().contains("HOME"));
-        QCOMPARE(AndroidTools::environment().value("HOME"), expected);
+        const QString r = defaultSdk();
+        QStringList search = {r + "/platform-tools", r + "/emulator", r + "/cmdline-tools/latest/bin",
+            brew() + "/bin", brew() + "/sbin", "/usr/bin", "/bin", "/usr/sbin", "/sbin"};
+        if (withJava)
+            search.prepend(java + "/bin");
+        QProcessEnvironment expected;
+        for (const auto &[name, value] : {std::pair {"ANDROID_HOME", r}, {"ANDROID_SDK_ROOT", r},
+                 {"HOME", childHome}, {"HOMEBREW_NO_ENV_HINTS", QStringLiteral("1")},
+                 {"PATH", search.join(':')}, {"TMPDIR", QDir::tempPath()}})
+            expected.insert(QLatin1String(name), value);
+        if (withJava)
+            expected.insert(QStringLiteral("JAVA_HOME"), java);
+        QCOMPARE(AndroidTools::environment().toStringList(), expected.toStringList());
     }
 
     void ensureSdkFolderMakesTheDefaultFolder()
