@@ -184,7 +184,10 @@ Rectangle {
             Component.onCompleted: showSelection()
             // Setting a new text, as when the item is reused for another line, drops the item's selection;
             // it is shown again once the text has settled, not from inside the change.
-            onLineChanged: Qt.callLater(showSelection)
+            onLineChanged: {
+                if (box.hasSelection)
+                    Qt.callLater(showSelection)
+            }
 
             width: ListView.view.width
             text: line
@@ -200,8 +203,9 @@ Rectangle {
             selectedTextColor: Style.palette.highlightedText
 
             // A selection that goes on past this line takes its line break: the highlight runs to the edge.
+            // Only a selected line asks where its text ends: that lays the text out at once.
             Rectangle {
-                readonly property rect lineEnd: parent.contentHeight > 0 && parent.width > 0
+                readonly property rect lineEnd: visible && parent.contentHeight > 0 && parent.width > 0
                     ? parent.positionToRectangle(parent.length) : Qt.rect(0, 0, 0, 0)
                 visible: parent.selectedPart.x >= 0 && parent.number < box.endLine
                 x: lineEnd.x
