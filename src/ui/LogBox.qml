@@ -33,6 +33,16 @@ Rectangle {
     property bool scrolledAway: false
     readonly property bool following: !hasSelection && !scrolledAway
 
+    // Tells the lines on screen where the selection is now.
+    readonly property string selection: anchorLine + ":" + anchorChar + ":" + cursorLine + ":" + cursorChar
+    onSelectionChanged: {
+        const items = list.contentItem.children
+        for (let i = 0; i < items.length; ++i) {
+            if (items[i].showSelection !== undefined)
+                items[i].showSelection()
+        }
+    }
+
     function selectedText() {
         return hasSelection ? lines.textBetween(startLine, startChar, endLine, endChar) : ""
     }
@@ -134,8 +144,6 @@ Rectangle {
                     box.anchorChar = 0
                 }
             }
-            if (box.following)
-                list.followLater()
         }
     }
     onFollowingChanged: {
@@ -163,28 +171,47 @@ Rectangle {
         onMovementStarted: box.scrolledAway = true
         onMovementEnded: noteUserScroll()
 
+        // A line holds no binding on the selection: during a flood lines are made and reused by the
+        // hundred, and each binding would be evaluated for each of them. The box tells the lines on screen
+        // when the selection moves, and a line taking another text asks again.
         delegate: TextEdit {
+            id: lineItem
             required property string line
             required property int index
-            readonly property real number: box.firstLine + index
-            // This line's part of the selection, as the characters from x to y; none when x is -1.
-            readonly property point selectedPart: {
-                if (!box.hasSelection || number < box.startLine || number > box.endLine)
-                    return Qt.point(-1, -1)
-                return Qt.point(number === box.startLine ? Math.min(box.startChar, line.length) : 0,
-                                number === box.endLine ? Math.min(box.endChar, line.length) : line.length)
-            }
+
             function showSelection() {
-                if (selectedPart.x < 0)
+                const number = box.firstLine + index
+                if (!box.hasSelection || number < box.startLine || number > box.endLine) {
                     deselect()
-                else
-                    select(selectedPart.x, selectedPart.y)
+                    lineBreak.visible = false
+                    return
+                }
+                select(number === box.startLine ? Math.min(box.startChar, line.length) : 0,
+                       number === box.endLine ? Math.min(box.endChar, line.length) : line.length)
+                // A selection that goes on past this line takes its line break: the highlight runs to the edge.
+                lineBreak.visible = number < box.endLine
+                if (lineBreak.visible) {
+                    const end = positionToRectangle(length)
+                    lineBreak.x = end.x
+                    lineBreak.y = end.y
+                    lineBreak.height = end.height
+                }
             }
-            onSelectedPartChanged: showSelection()
-            Component.onCompleted: showSelection()
-            // Setting a new text, as when the item is reused for another line, drops the item's selection;
-            // it is shown again once the text has settled, not from inside the change.
-            onLineChanged: Qt.callLater(showSelection)
+            Component.onCompleted: {
+                if (box.hasSelection)
+                    showSelection()
+            }
+            // Setting a new text drops the item's selection; it is shown again once the text has settled,
+            // not from inside the change.
+            onLineChanged: {
+                lineBreak.visible = false
+                if (box.hasSelection)
+                    Qt.callLater(showSelection)
+            }
+            onWidthChanged: {
+                if (lineBreak.visible)
+                    Qt.callLater(showSelection)
+            }
 
             width: ListView.view.width
             text: line
@@ -199,21 +226,21 @@ Rectangle {
             selectionColor: Style.palette.highlight
             selectedTextColor: Style.palette.highlightedText
 
-            // A selection that goes on past this line takes its line break: the highlight runs to the edge.
             Rectangle {
-                readonly property rect lineEnd: parent.contentHeight > 0 && parent.width > 0
-                    ? parent.positionToRectangle(parent.length) : Qt.rect(0, 0, 0, 0)
-                visible: parent.selectedPart.x >= 0 && parent.number < box.endLine
-                x: lineEnd.x
-                y: lineEnd.y
-                width: parent.width - x
-                height: lineEnd.height
+                id: lineBreak
+                visible: false
+                width: lineItem.width - x
                 z: -1
                 color: Style.palette.highlight
             }
         }
 
-        // Follows the end once per event-loop turn, however many lines arrived in it.
+        // Follows the end once per frame, however many lines arrived for it: the list takes in the rows
+        // added to its model when it lays itself out for the next frame, and only then counts them.
+        onCountChanged: {
+            if (box.following)
+                followLater()
+        }
         property bool followPending: false
         function followLater() {
             if (!followPending) {
