@@ -113,16 +113,14 @@ bool TolvaneApp::showMainWindow(QQmlEngine &engine)
     }
     m_mainWindow = window;
     if (auto *quickWindow = qobject_cast<QQuickWindow *>(window)) {
-        // Swapped on the render thread; the flag changes on ours.
+        // Swapped on the render thread; the flag changes on ours, once, and later frames cost nothing.
         connect(
             quickWindow, &QQuickWindow::frameSwapped, this,
             [this] {
-                if (m_mainWindowDrawn)
-                    return;
                 m_mainWindowDrawn = true;
                 Q_EMIT mainWindowDrawnChanged();
             },
-            Qt::QueuedConnection);
+            Qt::ConnectionType(Qt::QueuedConnection | Qt::SingleShotConnection));
     }
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &TolvaneApp::reopenMainWindow,
         Qt::UniqueConnection);
