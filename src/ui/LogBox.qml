@@ -62,6 +62,11 @@ Rectangle {
         anchorLine = -1
         cursorLine = -1
     }
+    // Moves the selection's moving end to a position from positionAt; its anchor stays.
+    function extendTo(at) {
+        cursorLine = at.line
+        cursorChar = at.column
+    }
     function select(fromLine, fromChar, toLine, toChar) {
         anchorLine = fromLine
         anchorChar = fromChar
@@ -278,10 +283,8 @@ Rectangle {
         function extendTo(x, y) {
             const clamped = (y < 0 && !list.atYBeginning) || (y >= height && !list.atYEnd)
             const at = box.positionAt(x, clamped ? Math.max(0, Math.min(height - 1, y)) : y)
-            if (at && box.anchorLine >= 0) {
-                box.cursorLine = at.line
-                box.cursorChar = at.column
-            }
+            if (at && box.anchorLine >= 0)
+                box.extendTo(at)
         }
 
         onPressed: event => {
@@ -297,8 +300,7 @@ Rectangle {
                 box.select(at.line, 0, at.line, box.lineText(at.line).length)
                 lastDoubleClick = 0
             } else if ((event.modifiers & Qt.ShiftModifier) && box.anchorLine >= 0) {
-                box.cursorLine = at.line
-                box.cursorChar = at.column
+                box.extendTo(at)
             } else {
                 box.select(at.line, at.column, at.line, at.column)
             }
