@@ -1,3 +1,4 @@
+#include "DataTable.h"
 #include "Host.h"
 #include "JobRunner.h"
 
@@ -32,11 +33,10 @@ private Q_SLOTS:
 
     void logs_data()
     {
-        QTest::addColumn<QString>("program"); // empty for /bin/sh -c with the script
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<QString>("input"); // empty for none
-        QTest::addColumn<QStringList>("lines"); // after the command line
-        QTest::addColumn<double>("progress"); // -1 for none
+        // program: empty for /bin/sh -c with the script; input: empty for none; lines: after the command
+        // line; progress: -1 for none
+        columns<QString, QString, QString, QStringList, double>(
+            "program", "script", "input", "lines", "progress");
 
         QTest::newRow("progress bar redraws merge")
             << ""
@@ -75,11 +75,8 @@ private Q_SLOTS:
 
     void logs()
     {
-        QFETCH(QString, program);
-        QFETCH(QString, script);
-        QFETCH(QString, input);
-        QFETCH(QStringList, lines);
-        QFETCH(double, progress);
+        auto [program, script, input, lines, progress] = row<QString, QString, QString, QStringList, double>(
+            "program", "script", "input", "lines", "progress");
 
         JobRunner runner;
         const QStringList arguments
@@ -99,10 +96,8 @@ private Q_SLOTS:
 
     void logIsTrimmed_data()
     {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<int>("size"); // with the closing line, if any
-        QTest::addColumn<QString>("first");
+        // size: with the closing line, if any
+        columns<int, int, int, QString>("count", "status", "size", "first");
 
         // The command line and 3000 lines reach 3001 entries, which drops the oldest 500.
         QTest::newRow("the line that makes 3001") << 3000 << 0 << 2501 << "line 500";
@@ -115,10 +110,7 @@ private Q_SLOTS:
 
     void logIsTrimmed()
     {
-        QFETCH(int, count);
-        QFETCH(int, status);
-        QFETCH(int, size);
-        QFETCH(QString, first);
+        auto [count, status, size, first] = row<int, int, int, QString>("count", "status", "size", "first");
 
         JobRunner runner;
         runScript(runner,

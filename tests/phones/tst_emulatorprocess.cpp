@@ -1,4 +1,5 @@
 #include "AndroidTools.h"
+#include "DataTable.h"
 #include "EmulatorProcess.h"
 #include "SimHost.h"
 #include "TestFiles.h"
@@ -113,8 +114,7 @@ private Q_SLOTS:
 
     void arguments_data()
     {
-        QTest::addColumn<StartOptions>("options");
-        QTest::addColumn<QStringList>("arguments");
+        columns<StartOptions, QStringList>("options", "arguments");
 
         QTest::newRow("defaults") << StartOptions {} << QStringList {"-gpu", "auto"};
         QTest::newRow("every option") << StartOptions {true, true, true, "0.5", "host"}
@@ -130,8 +130,7 @@ private Q_SLOTS:
 
     void arguments()
     {
-        QFETCH(StartOptions, options);
-        QFETCH(QStringList, arguments);
+        auto [options, arguments] = row<StartOptions, QStringList>("options", "arguments");
         QCOMPARE(options.arguments(), arguments);
     }
 
@@ -178,9 +177,8 @@ private Q_SLOTS:
 
     void unexpectedEnds_data()
     {
-        QTest::addColumn<QByteArray>("script"); // redefines the emulator's hooks
-        QTest::addColumn<QStringList>("states");
-        QTest::addColumn<QString>("failure");
+        // script: redefines the emulator's hooks
+        columns<QByteArray, QStringList, QString>("script", "states", "failure");
 
         QStringList last;
         for (int i = 6; i <= 20; ++i)
@@ -214,9 +212,7 @@ private Q_SLOTS:
 
     void unexpectedEnds()
     {
-        QFETCH(QByteArray, script);
-        QFETCH(QStringList, states);
-        QFETCH(QString, failure);
+        auto [script, states, failure] = row<QByteArray, QStringList, QString>("script", "states", "failure");
 
         this->script(QStringLiteral("emulator"), script);
         EmulatorProcess phone(phoneName);
@@ -235,9 +231,8 @@ private Q_SLOTS:
 
     void stopThatNeedsTermination_data()
     {
-        QTest::addColumn<QByteArray>("adb"); // "missing" for no adb at all
-        QTest::addColumn<QStringList>("lastLines");
-        QTest::addColumn<QString>("failure");
+        // adb: "missing" for no adb at all
+        columns<QByteArray, QStringList, QString>("adb", "lastLines", "failure");
 
         const QString notFound = QStringLiteral("adb was not found. Install the emulator and platform "
                                                 "tools on the Setup tab first.");
@@ -258,9 +253,7 @@ private Q_SLOTS:
 
     void stopThatNeedsTermination()
     {
-        QFETCH(QByteArray, adb);
-        QFETCH(QStringList, lastLines);
-        QFETCH(QString, failure);
+        auto [adb, lastLines, failure] = row<QByteArray, QStringList, QString>("adb", "lastLines", "failure");
 
         const QString adbPath = *AndroidTools::adbPath();
         const bool missing = adb == "missing";
@@ -346,8 +339,8 @@ private Q_SLOTS:
 
     void launchFailure_data()
     {
-        QTest::addColumn<QString>("file"); // below the temporary root
-        QTest::addColumn<QString>("reason");
+        // file: below the temporary root
+        columns<QString, QString>("file", "reason");
 
         QTest::newRow("missing") << "missing/emulator"
                                  << "No such file or directory";
@@ -357,8 +350,7 @@ private Q_SLOTS:
 
     void launchFailure()
     {
-        QFETCH(QString, file);
-        QFETCH(QString, reason);
+        auto [file, reason] = row<QString, QString>("file", "reason");
 
         writeFile(m_root.filePath(QStringLiteral("plain")), "not a program");
         EmulatorProcess phone(phoneName);
@@ -391,8 +383,7 @@ private Q_SLOTS:
     // How many lines stay once one drain has brought the log to a count.
     void trimmingRule_data()
     {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("kept");
+        columns<int, int>("count", "kept");
 
         QTest::newRow("at the bound") << 4000 << 4000;
         QTest::newRow("one past") << 4001 << 3001;
@@ -402,8 +393,7 @@ private Q_SLOTS:
 
     void trimmingRule()
     {
-        QFETCH(int, count);
-        QFETCH(int, kept);
+        auto [count, kept] = row<int, int>("count", "kept");
         QCOMPARE(count - EmulatorProcess::linesToDrop(count), kept);
     }
 
@@ -431,8 +421,8 @@ private Q_SLOTS:
     // boots.
     void pollRetries_data()
     {
-        QTest::addColumn<QByteArray>("adb"); // answers the first calls of one kind
-        QTest::addColumn<QString>("call");
+        // adb: answers the first calls of one kind
+        columns<QByteArray, QString>("adb", "call");
 
         // The first two calls of the kind get the row's answer instead of the phone's.
         const QByteArray state = "[ \"$3\" = get-state ] && [ $(grep -c get-state "
@@ -449,8 +439,7 @@ private Q_SLOTS:
 
     void pollRetries()
     {
-        QFETCH(QByteArray, adb);
-        QFETCH(QString, call);
+        auto [adb, call] = row<QByteArray, QString>("adb", "call");
 
         EmulatorProcess::Timing timing = quickTiming();
         timing.adbTimeout = 1.0;
