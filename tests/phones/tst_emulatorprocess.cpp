@@ -177,7 +177,8 @@ private Q_SLOTS:
 
     void unexpectedEnds_data()
     {
-        // script: redefines the emulator's hooks
+        // script: redefines the emulator's hooks, or after "launch " names a file below the root started
+        // instead
         columns<QByteArray, QStringList, QString>("script", "states", "failure");
 
         QStringList last;
@@ -208,18 +209,27 @@ private Q_SLOTS:
         QTest::newRow("status 0 while running")
             << QByteArray("after_boot() { sleep 0.5; exit 0; }")
             << QStringList {"Starting", "Booting", "Running", "Stopped"} << "";
+        const QString notStarted = QStringLiteral("Could not start the emulator: ");
+        QTest::newRow("launch fails: missing") << QByteArray("launch missing/emulator") << QStringList {}
+                                               << notStarted + "No such file or directory";
+        QTest::newRow("launch fails: not a program")
+            << QByteArray("launch plain") << QStringList {} << notStarted + "Permission denied";
     }
 
     void unexpectedEnds()
     {
         auto [script, states, failure] = row<QByteArray, QStringList, QString>("script", "states", "failure");
 
-        this->script(QStringLiteral("emulator"), script);
+        const bool launch = script.startsWith("launch ");
+        writeFile(m_root.filePath(QStringLiteral("plain")), "not a program");
+        this->script(QStringLiteral("emulator"), launch ? QByteArray() : script);
         EmulatorProcess phone(phoneName);
         const StateLog log(phone);
-        phone.start(emulator(), 5554, StartOptions {});
+        phone.start(
+            launch ? m_root.filePath(QString::fromUtf8(script.mid(7))) : emulator(), 5554, StartOptions {});
         QTRY_COMPARE(log.names, states);
         QCOMPARE(phone.failure(), failure.isEmpty() ? std::nullopt : std::optional(failure));
+        QCOMPARE(phone.lines().first(), commandLine);
 
         // The next start clears the failure and replaces the lines.
         phone.start(emulator(), 5554, StartOptions {});
@@ -335,33 +345,6 @@ private Q_SLOTS:
         QCOMPARE(calls.mid(killed).filter(QStringLiteral("emulator-5554")),
             QStringList {QStringLiteral("-s emulator-5554 emu kill")});
         QCoro::waitFor(phone.stopTask());
-    }
-
-    void launchFailure_data()
-    {
-        // file: below the temporary root
-        columns<QString, QString>("file", "reason");
-
-        QTest::newRow("missing") << "missing/emulator"
-                                 << "No such file or directory";
-        QTest::newRow("not a program") << "plain"
-                                       << "Permission denied";
-    }
-
-    void launchFailure()
-    {
-        auto [file, reason] = row<QString, QString>("file", "reason");
-
-        writeFile(m_root.filePath(QStringLiteral("plain")), "not a program");
-        EmulatorProcess phone(phoneName);
-        QSignalSpy states(&phone, &EmulatorProcess::stateChanged);
-        phone.start(m_root.filePath(file), 5556, StartOptions {});
-        QCOMPARE(phone.state(), State::Stopped);
-        QCOMPARE(
-            phone.property("failure"), QVariant(QStringLiteral("Could not start the emulator: ") + reason));
-        QCOMPARE(phone.lines(), QStringList {"$ emulator -avd Pixel_7_API_34 -port 5556 -gpu auto"});
-        QCOMPARE(phone.port(), 5556);
-        QCOMPARE(states.count(), 0);
     }
 
     void outputBecomesLines()
