@@ -68,10 +68,15 @@ TestCase {
         return row()
     }
 
-    // Waits until the button can be pressed and sits where it is drawn, then presses it.
-    function press(view, text) {
+    function button(view, text) {
         const found = findChild(view, text)
         verify(found, "button " + text)
+        return found
+    }
+
+    // Waits until the button can be pressed and sits where it is drawn, then presses it.
+    function press(view, text) {
+        const found = button(view, text)
         tryVerify(() => found.visible && found.enabled, 20000, text)
         waitForRendering(view)
         mouseClick(found)

@@ -19,12 +19,6 @@ TolvaneTestCase {
         setup.hideLicenseText()
     }
 
-    function button(view, text) {
-        const found = findChild(view, text)
-        verify(found, "button " + text)
-        return found
-    }
-
     function test_homebrewMissing() {
         const view = createTemporaryObject(setupComponent, root)
         setup.refresh()
