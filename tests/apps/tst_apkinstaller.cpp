@@ -1,5 +1,6 @@
 #include "AndroidTools.h"
 #include "ApkInstaller.h"
+#include "DataTable.h"
 #include "DialogSaveLocationChooser.h"
 #include "SimApk.h"
 #include "SimHost.h"
@@ -125,12 +126,9 @@ private Q_SLOTS:
 
     void install_data()
     {
-        QTest::addColumn<QStringList>("names");
-        QTest::addColumn<QStringList>("abis"); // of every .apk; "text" for a file that is no archive
-        QTest::addColumn<QString>("behaviour");
-        QTest::addColumn<QString>("output");
-        QTest::addColumn<QStringList>("packages");
-        QTest::addColumn<int>("installsRun");
+        // abis: of every .apk; "text" for a file that is no archive
+        columns<QStringList, QStringList, QString, QString, QStringList, int>(
+            "names", "abis", "behaviour", "output", "packages", "installsRun");
 
         // The second zeta.apk replaces the first.
         QTest::newRow("one is not an apk, one comes again")
@@ -172,12 +170,9 @@ private Q_SLOTS:
 
     void install()
     {
-        QFETCH(QStringList, names);
-        QFETCH(QString, behaviour);
-        QFETCH(QString, output);
-        QFETCH(QStringList, packages);
-        QFETCH(QStringList, abis);
-        QFETCH(int, installsRun);
+        auto [names, behaviour, output, packages, abis, installsRun]
+            = row<QStringList, QString, QString, QStringList, QStringList, int>(
+                "names", "behaviour", "output", "packages", "abis", "installsRun");
 
         if (!behaviour.isEmpty())
             m_sim->setBehaviour(behaviour);
@@ -231,11 +226,9 @@ private Q_SLOTS:
 
     void listing_data()
     {
-        QTest::addColumn<QString>("serial");
-        QTest::addColumn<QString>("behaviour");
-        QTest::addColumn<QByteArray>("listing"); // what the behaviour makes adb print
-        QTest::addColumn<QStringList>("packages");
-        QTest::addColumn<QString>("note");
+        // listing: what the behaviour makes adb print
+        columns<QString, QString, QByteArray, QStringList, QString>(
+            "serial", "behaviour", "listing", "packages", "note");
 
         const QString output = QStringLiteral("adb.pm.output");
         const QStringList earlier {"com.example.kept"};
@@ -269,11 +262,9 @@ private Q_SLOTS:
 
     void listing()
     {
-        QFETCH(QString, serial);
-        QFETCH(QString, behaviour);
-        QFETCH(QByteArray, listing);
-        QFETCH(QStringList, packages);
-        QFETCH(QString, note);
+        auto [serial, behaviour, listing, packages, note]
+            = row<QString, QString, QByteArray, QStringList, QString>(
+                "serial", "behaviour", "listing", "packages", "note");
 
         m_sim->setInstalledApps(phone, {QStringLiteral("com.example.kept")});
         ApkInstaller installer;
@@ -297,10 +288,7 @@ private Q_SLOTS:
 
     void uninstall_data()
     {
-        QTest::addColumn<QString>("package");
-        QTest::addColumn<QString>("behaviour");
-        QTest::addColumn<QString>("output");
-        QTest::addColumn<QStringList>("packages");
+        columns<QString, QString, QString, QStringList>("package", "behaviour", "output", "packages");
 
         QTest::newRow("installed") << QStringLiteral("com.example.a") << QString()
                                    << "Uninstalling com.example.a...\nSuccess"
@@ -316,10 +304,8 @@ private Q_SLOTS:
 
     void uninstall()
     {
-        QFETCH(QString, package);
-        QFETCH(QString, behaviour);
-        QFETCH(QString, output);
-        QFETCH(QStringList, packages);
+        auto [package, behaviour, output, packages]
+            = row<QString, QString, QString, QStringList>("package", "behaviour", "output", "packages");
 
         m_sim->setInstalledApps(phone, {QStringLiteral("com.example.b"), QStringLiteral("com.example.a")});
         if (!behaviour.isEmpty())
@@ -338,10 +324,9 @@ private Q_SLOTS:
 
     void screenshot_data()
     {
-        QTest::addColumn<QByteArray>("screen"); // what screencap writes instead of the phone's PNG
-        QTest::addColumn<QString>("answer"); // the chosen file's name; empty for cancel
-        QTest::addColumn<QString>("output");
-        QTest::addColumn<bool>("asked");
+        // screen: what screencap writes instead of the phone's PNG; answer: the chosen file's name; empty for
+        // cancel
+        columns<QByteArray, QString, QString, bool>("screen", "answer", "output", "asked");
 
         const QByteArray signature("\x89PNG\r\n\x1a\n", 8);
         QTest::newRow("saved over an older file") << QByteArray() << "shot.png"
@@ -360,10 +345,8 @@ private Q_SLOTS:
     // The window's dialog answers through the chooser; here it answers as soon as it is asked.
     void screenshot()
     {
-        QFETCH(QByteArray, screen);
-        QFETCH(QString, answer);
-        QFETCH(QString, output);
-        QFETCH(bool, asked);
+        auto [screen, answer, output, asked]
+            = row<QByteArray, QString, QString, bool>("screen", "answer", "output", "asked");
 
         if (!screen.isEmpty())
             m_sim->setBehaviour(QStringLiteral("adb.screencap.output"), screen);
@@ -371,13 +354,14 @@ private Q_SLOTS:
         writeFile(target, "an older picture");
         DialogSaveLocationChooser chooser;
         QStringList proposals;
-        connect(&chooser, &DialogSaveLocationChooser::saveRequested, this, [&](const QString &proposedName) {
-            proposals.append(proposedName);
-            if (answer.isEmpty())
-                chooser.reject();
-            else
-                chooser.accept(QUrl::fromLocalFile(path(answer)));
-        });
+        connect(&chooser, &DialogSaveLocationChooser::saveRequested, this,
+            [&, answer = answer](const QString &proposedName) {
+                proposals.append(proposedName);
+                if (answer.isEmpty())
+                    chooser.reject();
+                else
+                    chooser.accept(QUrl::fromLocalFile(path(answer)));
+            });
         ApkInstaller installer;
         installer.setSaveLocationChooser(&chooser);
         QSignalSpy busy(&installer, &ApkInstaller::busyChanged);

@@ -1,4 +1,5 @@
 #include "AndroidParsers.h"
+#include "DataTable.h"
 
 #include <QTest>
 
@@ -94,8 +95,7 @@ class TestAndroidParsers : public QObject
 private Q_SLOTS:
     void parseDevices_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QList<DeviceDef>>("devices");
+        columns<QString, QList<DeviceDef>>("text", "devices");
 
         QTest::newRow("example") << devicesExample << devicesExampleResult;
         QTest::newRow("example, CR LF") << crlf(devicesExample) << devicesExampleResult;
@@ -130,15 +130,13 @@ private Q_SLOTS:
 
     void parseDevices()
     {
-        QFETCH(QString, text);
-        QFETCH(QList<DeviceDef>, devices);
+        auto [text, devices] = row<QString, QList<DeviceDef>>("text", "devices");
         QCOMPARE(AndroidParsers::parseDevices(text), devices);
     }
 
     void parseAVDs_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QList<AVDInfo>>("phones");
+        columns<QString, QList<AVDInfo>>("text", "phones");
 
         QTest::newRow("example") << avdsExample << avdsExampleResult;
         QTest::newRow("example, CR LF") << crlf(avdsExample) << avdsExampleResult;
@@ -158,15 +156,13 @@ private Q_SLOTS:
 
     void parseAVDs()
     {
-        QFETCH(QString, text);
-        QFETCH(QList<AVDInfo>, phones);
+        auto [text, phones] = row<QString, QList<AVDInfo>>("text", "phones");
         QCOMPARE(AndroidParsers::parseAVDs(text), phones);
     }
 
     void parseImages_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QList<SystemImage>>("images");
+        columns<QString, QList<SystemImage>>("text", "images");
 
         const QString api33 = QStringLiteral("system-images;android-33;google_apis;arm64-v8a");
         const QString api34 = QStringLiteral("system-images;android-34;google_apis;arm64-v8a");
@@ -234,8 +230,7 @@ private Q_SLOTS:
 
     void parseImages()
     {
-        QFETCH(QString, text);
-        QFETCH(QList<SystemImage>, images);
+        auto [text, images] = row<QString, QList<SystemImage>>("text", "images");
         QCOMPARE(AndroidParsers::parseImages(text), images);
     }
 };

@@ -1,4 +1,5 @@
 #include "AVDInfo.h"
+#include "DataTable.h"
 #include "DeviceDef.h"
 #include "SystemImage.h"
 
@@ -14,9 +15,7 @@ private Q_SLOTS:
     // The label starts with the Android name, which the API level follows.
     void names_data()
     {
-        QTest::addColumn<qint64>("api");
-        QTest::addColumn<QString>("variant");
-        QTest::addColumn<QString>("label");
+        columns<qint64, QString, QString>("api", "variant", "label");
 
         QTest::newRow("32") << qint64(32) << "google_apis"
                             << "Android (API 32) (API 32), Google APIs";
@@ -36,9 +35,7 @@ private Q_SLOTS:
 
     void names()
     {
-        QFETCH(qint64, api);
-        QFETCH(QString, variant);
-        QFETCH(QString, label);
+        auto [api, variant, label] = row<qint64, QString, QString>("api", "variant", "label");
         const SystemImage image {"x", api, variant, false};
         QCOMPARE(image.label(), label);
         QCOMPARE(image.androidName(), label.left(label.lastIndexOf(QLatin1String(" (API "))));

@@ -1,3 +1,4 @@
+#include "DataTable.h"
 #include "Host.h"
 #include "JobRunner.h"
 
@@ -32,59 +33,47 @@ private Q_SLOTS:
 
     void logs_data()
     {
-        QTest::addColumn<QString>("program"); // empty for /bin/sh -c with the script
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<QString>("input"); // empty for none
-        QTest::addColumn<QStringList>("lines"); // after the command line
-        QTest::addColumn<double>("progress"); // -1 for none
+        // script: run by /bin/sh -c, or an absolute path and its arguments; input: empty for none; lines:
+        // after the command line; progress: -1 for none
+        columns<QString, QString, QStringList, double>("script", "input", "lines", "progress");
 
+        const QString none;
         QTest::newRow("progress bar redraws merge")
-            << ""
-            << "printf '[====      ] 40%%\\r[======    ] 60%%\\r[==========] 100%%\\n'"
-            << "" << QStringList {"[==========] 100%"} << 1.0;
+            << "printf '[====      ] 40%%\\r[======    ] 60%%\\r[==========] 100%%\\n'" << none
+            << QStringList {"[==========] 100%"} << 1.0;
         QTest::newRow("ordinary percentage is its own line")
-            << ""
-            << "printf '[==  ] 20%%\\nUnzipping 50%%\\n[====] 70%%\\n[=====] 80%%\\n'; exit 2"
-            << ""
+            << "printf '[==  ] 20%%\\nUnzipping 50%%\\n[====] 70%%\\n[=====] 80%%\\n'; exit 2" << none
             << QStringList {"[==  ] 20%", "Unzipping 50%", "[=====] 80%", "Finished with exit status 2."}
             << 0.8;
-        QTest::newRow("Downloading counts as progress") << ""
-                                                        << "printf 'Downloading 10%%\\rDownloading 90%%\\n'"
-                                                        << "" << QStringList {"Downloading 90%"} << 1.0;
+        QTest::newRow("Downloading counts as progress") << "printf 'Downloading 10%%\\rDownloading 90%%\\n'"
+                                                        << none << QStringList {"Downloading 90%"} << 1.0;
         QTest::newRow("failure keeps the last progress")
-            << ""
-            << "printf '[=====     ] 50%%\\n'; exit 1"
-            << "" << QStringList {"[=====     ] 50%", "Finished with exit status 1."} << 0.5;
-        QTest::newRow("unfinished last line is flushed") << ""
-                                                         << "printf 'first\\nlast'"
-                                                         << "" << QStringList {"first", "last"} << 1.0;
-        QTest::newRow("both streams interleave") << ""
-                                                 << "echo out; sleep 0.1; echo err >&2; sleep 0.1; echo out2"
-                                                 << "" << QStringList {"out", "err", "out2"} << 1.0;
-        QTest::newRow("input reaches the tool") << ""
-                                                << "read answer; echo \"answer: $answer\""
+            << "printf '[=====     ] 50%%\\n'; exit 1" << none
+            << QStringList {"[=====     ] 50%", "Finished with exit status 1."} << 0.5;
+        QTest::newRow("unfinished last line is flushed")
+            << "printf 'first\\nlast'" << none << QStringList {"first", "last"} << 1.0;
+        QTest::newRow("both streams interleave") << "echo out; sleep 0.1; echo err >&2; sleep 0.1; echo out2"
+                                                 << none << QStringList {"out", "err", "out2"} << 1.0;
+        QTest::newRow("input reaches the tool") << "read answer; echo \"answer: $answer\""
                                                 << "y\n"
                                                 << QStringList {"answer: y"} << 1.0;
         const QString missing = m_root.filePath(QStringLiteral("brew"));
         QTest::newRow("launch error closes the log")
-            << missing << "install"
-            << ""
+            << missing + " install" << none
             << QStringList {QStringLiteral("Could not start %1: No such file or directory").arg(missing)}
             << -1.0;
     }
 
     void logs()
     {
-        QFETCH(QString, program);
-        QFETCH(QString, script);
-        QFETCH(QString, input);
-        QFETCH(QStringList, lines);
-        QFETCH(double, progress);
+        auto [script, input, lines, progress]
+            = row<QString, QString, QStringList, double>("script", "input", "lines", "progress");
 
         JobRunner runner;
+        const bool program = script.startsWith(QLatin1Char('/'));
         const QStringList arguments
-            = program.isEmpty() ? QStringList {QStringLiteral("-c"), script} : QStringList {script};
-        const QString executable = program.isEmpty() ? shell : program;
+            = program ? script.split(QLatin1Char(' ')).mid(1) : QStringList {QStringLiteral("-c"), script};
+        const QString executable = program ? script.section(QLatin1Char(' '), 0, 0) : shell;
         auto running = runner.run(QStringLiteral("Testing"), executable, arguments,
             input.isEmpty() ? std::nullopt : std::optional(input));
         const ProcessResult result = QCoro::waitFor(std::move(running));
@@ -99,10 +88,8 @@ private Q_SLOTS:
 
     void logIsTrimmed_data()
     {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<int>("size"); // with the closing line, if any
-        QTest::addColumn<QString>("first");
+        // size: with the closing line, if any
+        columns<int, int, int, QString>("count", "status", "size", "first");
 
         // The command line and 3000 lines reach 3001 entries, which drops the oldest 500.
         QTest::newRow("the line that makes 3001") << 3000 << 0 << 2501 << "line 500";
@@ -115,10 +102,7 @@ private Q_SLOTS:
 
     void logIsTrimmed()
     {
-        QFETCH(int, count);
-        QFETCH(int, status);
-        QFETCH(int, size);
-        QFETCH(QString, first);
+        auto [count, status, size, first] = row<int, int, int, QString>("count", "status", "size", "first");
 
         JobRunner runner;
         runScript(runner,

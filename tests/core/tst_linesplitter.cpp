@@ -1,3 +1,4 @@
+#include "DataTable.h"
 #include "LineSplitter.h"
 
 #include <QTest>
@@ -10,10 +11,8 @@ class TestLineSplitter : public QObject
 private Q_SLOTS:
     void feed_data()
     {
-        QTest::addColumn<QStringList>("chunks");
-        QTest::addColumn<QStringList>("lines");
-        QTest::addColumn<QString>("carry");
-        QTest::addColumn<QVariant>("rest"); // what flush() gives at the end; null for none
+        // rest: what flush() gives at the end; null for none
+        columns<QStringList, QStringList, QString, QVariant>("chunks", "lines", "carry", "rest");
 
         const QVariant none;
         QTest::newRow("unfinished line is held")
@@ -49,10 +48,8 @@ private Q_SLOTS:
 
     void feed()
     {
-        QFETCH(QStringList, chunks);
-        QFETCH(QStringList, lines);
-        QFETCH(QString, carry);
-        QFETCH(QVariant, rest);
+        auto [chunks, lines, carry, rest]
+            = row<QStringList, QStringList, QString, QVariant>("chunks", "lines", "carry", "rest");
 
         LineSplitter splitter;
         QStringList got;
@@ -67,8 +64,8 @@ private Q_SLOTS:
 
     void percent_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<int>("expected"); // -1 for none
+        // expected: -1 for none
+        columns<QString, int>("line", "expected");
 
         QTest::newRow("plain") << "Downloading 45%" << 45;
         QTest::newRow("bar") << "[=====    ] 100% Done" << 100;
@@ -91,8 +88,7 @@ private Q_SLOTS:
 
     void percent()
     {
-        QFETCH(QString, line);
-        QFETCH(int, expected);
+        auto [line, expected] = row<QString, int>("line", "expected");
 
         const auto value = percentValue(line);
         QCOMPARE(value.value_or(-1), expected);

@@ -1,3 +1,4 @@
+#include "DataTable.h"
 #include "RunningJob.h"
 #include "TestFiles.h"
 #include "ToolRunner.h"
@@ -41,13 +42,9 @@ private Q_SLOTS:
 
     void runs_data()
     {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<double>("timeout"); // 0 for none
-        QTest::addColumn<QString>("cancel"); // "before" the launch, "on output", or empty
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QByteArray>("stdoutData");
-        QTest::addColumn<QString>("summary");
+        // timeout: 0 for none; cancel: "before" the launch, "on output", or empty
+        columns<QString, double, QString, int, QString, QByteArray, QString>(
+            "script", "timeout", "cancel", "status", "text", "stdoutData", "summary");
 
         const QString exited = QStringLiteral("The command exited with status %1.");
         QTest::newRow("silent success") << "exit 0" << 0.0 << "" << 0 << "" << QByteArray() << exited.arg(0);
@@ -83,13 +80,9 @@ private Q_SLOTS:
 
     void runs()
     {
-        QFETCH(QString, script);
-        QFETCH(double, timeout);
-        QFETCH(QString, cancel);
-        QFETCH(int, status);
-        QFETCH(QString, text);
-        QFETCH(QByteArray, stdoutData);
-        QFETCH(QString, summary);
+        auto [script, timeout, cancel, status, text, stdoutData, summary]
+            = row<QString, double, QString, int, QString, QByteArray, QString>(
+                "script", "timeout", "cancel", "status", "text", "stdoutData", "summary");
 
         RunningJob job;
         if (cancel == QLatin1String("before"))
@@ -98,7 +91,7 @@ private Q_SLOTS:
         QElapsedTimer clock;
         clock.start();
         const ProcessResult result = runShell(script, timeout ? std::optional(timeout) : std::nullopt,
-            std::nullopt, &job, [&](const QString &chunk) {
+            std::nullopt, &job, [&, cancel = cancel](const QString &chunk) {
                 streamed += chunk;
                 if (cancel == QLatin1String("on output"))
                     job.cancel();
@@ -118,10 +111,8 @@ private Q_SLOTS:
 
     void launchFailures_data()
     {
-        QTest::addColumn<QString>("tool"); // below a temporary folder unless it is a path or "sh"
-        QTest::addColumn<bool>("create");
-        QTest::addColumn<bool>("noFilesLeft");
-        QTest::addColumn<QString>("reason");
+        // tool: below a temporary folder unless it is a path or "sh"
+        columns<QString, bool, bool, QString>("tool", "create", "noFilesLeft", "reason");
 
         QTest::newRow("missing") << "nothing-here" << false << false << "No such file or directory";
         QTest::newRow("not executable") << "plain-file" << true << false << "Permission denied";
@@ -132,10 +123,8 @@ private Q_SLOTS:
 
     void launchFailures()
     {
-        QFETCH(QString, tool);
-        QFETCH(bool, create);
-        QFETCH(bool, noFilesLeft);
-        QFETCH(QString, reason);
+        auto [tool, create, noFilesLeft, reason]
+            = row<QString, bool, bool, QString>("tool", "create", "noFilesLeft", "reason");
 
         QTemporaryDir dir;
         if (tool != QLatin1String("sh") && !tool.startsWith(QLatin1Char('/')))
@@ -167,9 +156,8 @@ private Q_SLOTS:
 
     void standardInput_data()
     {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<QVariant>("input"); // null for none
-        QTest::addColumn<QString>("text");
+        // input: null for none
+        columns<QString, QVariant, QString>("script", "input", "text");
 
         QTest::newRow("read then closed") << "cat" << QVariant("y\ny\n") << "y\ny\n";
         QTest::newRow("UTF-8 input") << "cat" << QVariant(QStringLiteral("grüß\n")) << "grüß\n";
@@ -180,9 +168,7 @@ private Q_SLOTS:
 
     void standardInput()
     {
-        QFETCH(QString, script);
-        QFETCH(QVariant, input);
-        QFETCH(QString, text);
+        auto [script, input, text] = row<QString, QVariant, QString>("script", "input", "text");
 
         const ProcessResult result
             = runShell(script, 10.0, input.isNull() ? std::nullopt : std::optional(input.toString()));

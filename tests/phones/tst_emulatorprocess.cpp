@@ -1,4 +1,5 @@
 #include "AndroidTools.h"
+#include "DataTable.h"
 #include "EmulatorProcess.h"
 #include "SimHost.h"
 #include "TestFiles.h"
@@ -113,8 +114,7 @@ private Q_SLOTS:
 
     void arguments_data()
     {
-        QTest::addColumn<StartOptions>("options");
-        QTest::addColumn<QStringList>("arguments");
+        columns<StartOptions, QStringList>("options", "arguments");
 
         QTest::newRow("defaults") << StartOptions {} << QStringList {"-gpu", "auto"};
         QTest::newRow("every option") << StartOptions {true, true, true, "0.5", "host"}
@@ -130,8 +130,7 @@ private Q_SLOTS:
 
     void arguments()
     {
-        QFETCH(StartOptions, options);
-        QFETCH(QStringList, arguments);
+        auto [options, arguments] = row<StartOptions, QStringList>("options", "arguments");
         QCOMPARE(options.arguments(), arguments);
     }
 
@@ -178,9 +177,9 @@ private Q_SLOTS:
 
     void unexpectedEnds_data()
     {
-        QTest::addColumn<QByteArray>("script"); // redefines the emulator's hooks
-        QTest::addColumn<QStringList>("states");
-        QTest::addColumn<QString>("failure");
+        // script: redefines the emulator's hooks, or after "launch " names a file below the root started
+        // instead
+        columns<QByteArray, QStringList, QString>("script", "states", "failure");
 
         QStringList last;
         for (int i = 6; i <= 20; ++i)
@@ -210,20 +209,27 @@ private Q_SLOTS:
         QTest::newRow("status 0 while running")
             << QByteArray("after_boot() { sleep 0.5; exit 0; }")
             << QStringList {"Starting", "Booting", "Running", "Stopped"} << "";
+        const QString notStarted = QStringLiteral("Could not start the emulator: ");
+        QTest::newRow("launch fails: missing") << QByteArray("launch missing/emulator") << QStringList {}
+                                               << notStarted + "No such file or directory";
+        QTest::newRow("launch fails: not a program")
+            << QByteArray("launch plain") << QStringList {} << notStarted + "Permission denied";
     }
 
     void unexpectedEnds()
     {
-        QFETCH(QByteArray, script);
-        QFETCH(QStringList, states);
-        QFETCH(QString, failure);
+        auto [script, states, failure] = row<QByteArray, QStringList, QString>("script", "states", "failure");
 
-        this->script(QStringLiteral("emulator"), script);
+        const bool launch = script.startsWith("launch ");
+        writeFile(m_root.filePath(QStringLiteral("plain")), "not a program");
+        this->script(QStringLiteral("emulator"), launch ? QByteArray() : script);
         EmulatorProcess phone(phoneName);
         const StateLog log(phone);
-        phone.start(emulator(), 5554, StartOptions {});
+        phone.start(
+            launch ? m_root.filePath(QString::fromUtf8(script.mid(7))) : emulator(), 5554, StartOptions {});
         QTRY_COMPARE(log.names, states);
         QCOMPARE(phone.failure(), failure.isEmpty() ? std::nullopt : std::optional(failure));
+        QCOMPARE(phone.lines().first(), commandLine);
 
         // The next start clears the failure and replaces the lines.
         phone.start(emulator(), 5554, StartOptions {});
@@ -235,9 +241,8 @@ private Q_SLOTS:
 
     void stopThatNeedsTermination_data()
     {
-        QTest::addColumn<QByteArray>("adb"); // "missing" for no adb at all
-        QTest::addColumn<QStringList>("lastLines");
-        QTest::addColumn<QString>("failure");
+        // adb: "missing" for no adb at all
+        columns<QByteArray, QStringList, QString>("adb", "lastLines", "failure");
 
         const QString notFound = QStringLiteral("adb was not found. Install the emulator and platform "
                                                 "tools on the Setup tab first.");
@@ -258,9 +263,7 @@ private Q_SLOTS:
 
     void stopThatNeedsTermination()
     {
-        QFETCH(QByteArray, adb);
-        QFETCH(QStringList, lastLines);
-        QFETCH(QString, failure);
+        auto [adb, lastLines, failure] = row<QByteArray, QStringList, QString>("adb", "lastLines", "failure");
 
         const QString adbPath = *AndroidTools::adbPath();
         const bool missing = adb == "missing";
@@ -344,34 +347,6 @@ private Q_SLOTS:
         QCoro::waitFor(phone.stopTask());
     }
 
-    void launchFailure_data()
-    {
-        QTest::addColumn<QString>("file"); // below the temporary root
-        QTest::addColumn<QString>("reason");
-
-        QTest::newRow("missing") << "missing/emulator"
-                                 << "No such file or directory";
-        QTest::newRow("not a program") << "plain"
-                                       << "Permission denied";
-    }
-
-    void launchFailure()
-    {
-        QFETCH(QString, file);
-        QFETCH(QString, reason);
-
-        writeFile(m_root.filePath(QStringLiteral("plain")), "not a program");
-        EmulatorProcess phone(phoneName);
-        QSignalSpy states(&phone, &EmulatorProcess::stateChanged);
-        phone.start(m_root.filePath(file), 5556, StartOptions {});
-        QCOMPARE(phone.state(), State::Stopped);
-        QCOMPARE(
-            phone.property("failure"), QVariant(QStringLiteral("Could not start the emulator: ") + reason));
-        QCOMPARE(phone.lines(), QStringList {"$ emulator -avd Pixel_7_API_34 -port 5556 -gpu auto"});
-        QCOMPARE(phone.port(), 5556);
-        QCOMPARE(states.count(), 0);
-    }
-
     void outputBecomesLines()
     {
         // A line in two pieces, blank lines, a line with leading white space, and
@@ -391,8 +366,7 @@ private Q_SLOTS:
     // How many lines stay once one drain has brought the log to a count.
     void trimmingRule_data()
     {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("kept");
+        columns<int, int>("count", "kept");
 
         QTest::newRow("at the bound") << 4000 << 4000;
         QTest::newRow("one past") << 4001 << 3001;
@@ -402,8 +376,7 @@ private Q_SLOTS:
 
     void trimmingRule()
     {
-        QFETCH(int, count);
-        QFETCH(int, kept);
+        auto [count, kept] = row<int, int>("count", "kept");
         QCOMPARE(count - EmulatorProcess::linesToDrop(count), kept);
     }
 
@@ -431,8 +404,8 @@ private Q_SLOTS:
     // boots.
     void pollRetries_data()
     {
-        QTest::addColumn<QByteArray>("adb"); // answers the first calls of one kind
-        QTest::addColumn<QString>("call");
+        // adb: answers the first calls of one kind
+        columns<QByteArray, QString>("adb", "call");
 
         // The first two calls of the kind get the row's answer instead of the phone's.
         const QByteArray state = "[ \"$3\" = get-state ] && [ $(grep -c get-state "
@@ -449,8 +422,7 @@ private Q_SLOTS:
 
     void pollRetries()
     {
-        QFETCH(QByteArray, adb);
-        QFETCH(QString, call);
+        auto [adb, call] = row<QByteArray, QString>("adb", "call");
 
         EmulatorProcess::Timing timing = quickTiming();
         timing.adbTimeout = 1.0;

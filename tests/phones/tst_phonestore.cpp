@@ -1,4 +1,5 @@
 #include "AndroidTools.h"
+#include "DataTable.h"
 #include "PhoneStore.h"
 #include "SimHost.h"
 #include <csignal>
@@ -92,8 +93,7 @@ private Q_SLOTS:
 
     void isValidName_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("valid");
+        columns<QString, bool>("name", "valid");
 
         for (const QString &name : {QStringLiteral(""), QStringLiteral("my phone"), QStringLiteral(" Pixel"),
                  QStringLiteral("Pixel "), QStringLiteral("Pixél"), QStringLiteral("Pixel\U0001D400"),
@@ -106,15 +106,13 @@ private Q_SLOTS:
 
     void isValidName()
     {
-        QFETCH(QString, name);
-        QFETCH(bool, valid);
+        auto [name, valid] = row<QString, bool>("name", "valid");
         QCOMPARE(PhoneStore::isValidName(name), valid);
     }
 
     void consolePort_data()
     {
-        QTest::addColumn<QList<int>>("busy");
-        QTest::addColumn<int>("port");
+        columns<QList<int>, int>("busy", "port");
 
         QList<int> all;
         for (int port = 5554; port <= 5584; port += 2)
@@ -128,8 +126,7 @@ private Q_SLOTS:
 
     void consolePort()
     {
-        QFETCH(QList<int>, busy);
-        QFETCH(int, port);
+        auto [busy, port] = row<QList<int>, int>("busy", "port");
         QCOMPARE(PhoneStore::consolePort(QSet<int>(busy.begin(), busy.end())), port);
     }
 
@@ -366,12 +363,10 @@ private Q_SLOTS:
     // Each listing follows a first one of the same kind, so a failure can be seen keeping its list.
     void listings_data()
     {
-        QTest::addColumn<QString>("kind"); // phones, devices or images
-        QTest::addColumn<QByteArray>("script"); // answers the second listing; empty for the tool's own
-        QTest::addColumn<QStringList>("listed"); // names, model ids, or image ids
-        QTest::addColumn<QVariant>("raw");
-        QTest::addColumn<QVariant>("summary");
-        QTest::addColumn<QString>("details");
+        // kind: phones, devices or images; script: answers the second listing; empty for the tool's own;
+        // listed: names, model ids, or image ids
+        columns<QString, QByteArray, QStringList, QVariant, QVariant, QString>(
+            "kind", "script", "listed", "raw", "summary", "details");
 
         const QVariant none;
         const QString phones = QStringLiteral("phones");
@@ -434,12 +429,9 @@ private Q_SLOTS:
 
     void listings()
     {
-        QFETCH(QString, kind);
-        QFETCH(QByteArray, script);
-        QFETCH(QStringList, listed);
-        QFETCH(QVariant, raw);
-        QFETCH(QVariant, summary);
-        QFETCH(QString, details);
+        auto [kind, script, listed, raw, summary, details]
+            = row<QString, QByteArray, QStringList, QVariant, QVariant, QString>(
+                "kind", "script", "listed", "raw", "summary", "details");
 
         m_sim->createPhone(QStringLiteral("A"));
         PhoneStore::setTimeouts({.imageList = 3});
@@ -487,8 +479,7 @@ private Q_SLOTS:
 
     void createFailures_data()
     {
-        QTest::addColumn<QByteArray>("script");
-        QTest::addColumn<QString>("message");
+        columns<QByteArray, QString>("script", "message");
 
         QTest::newRow("status 1 with text")
             << QByteArray(
@@ -501,8 +492,7 @@ private Q_SLOTS:
 
     void createFailures()
     {
-        QFETCH(QByteArray, script);
-        QFETCH(QString, message);
+        auto [script, message] = row<QByteArray, QString>("script", "message");
 
         PhoneStore::setTimeouts({.create = 0.5});
         answer(QStringLiteral("avdmanager"), QStringLiteral("create avd"), script);
@@ -560,10 +550,8 @@ private Q_SLOTS:
 
     void installImage_data()
     {
-        QTest::addColumn<QByteArray>("script"); // empty for the real install
-        QTest::addColumn<bool>("cancel");
-        QTest::addColumn<QString>("summary");
-        QTest::addColumn<QString>("details");
+        // script: empty for the real install
+        columns<QByteArray, bool, QString, QString>("script", "cancel", "summary", "details");
 
         // The summary before the install is the failed model listing's.
         const QString before
@@ -577,17 +565,15 @@ private Q_SLOTS:
 
     void installImage()
     {
-        QFETCH(QByteArray, script);
-        QFETCH(bool, cancel);
-        QFETCH(QString, summary);
-        QFETCH(QString, details);
+        auto [script, cancel, summary, details]
+            = row<QByteArray, bool, QString, QString>("script", "cancel", "summary", "details");
 
         PhoneStore store;
         answer(QStringLiteral("avdmanager"), QStringLiteral("list device"), "exit 1");
         waitFor(store.loadDevicesTask());
         if (!script.isEmpty())
             answer(QStringLiteral("sdkmanager"), playImage, script);
-        connect(store.imageJob(), &JobRunner::linesChanged, this, [&store, cancel] {
+        connect(store.imageJob(), &JobRunner::linesChanged, this, [&store, cancel = cancel] {
             if (cancel && store.imageJob()->lines().size() == 2)
                 store.imageJob()->job()->cancel();
         });

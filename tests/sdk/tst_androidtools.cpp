@@ -1,4 +1,5 @@
 #include "AndroidTools.h"
+#include "DataTable.h"
 #include "Host.h"
 #include "TestFiles.h"
 
@@ -32,10 +33,9 @@ private Q_SLOTS:
 
     void sdkRoot_data()
     {
-        QTest::addColumn<QStringList>(
-            "variables"); // ANDROID_HOME and ANDROID_SDK_ROOT below the root; "-" unset
-        QTest::addColumn<QStringList>("tools"); // executables to create below the root
-        QTest::addColumn<QString>("expected"); // "default" for the app's own folder
+        // variables: ANDROID_HOME and ANDROID_SDK_ROOT below the root, "-" unset; tools: executables to
+        // create below the root; expected: "default" for the app's own folder
+        columns<QStringList, QStringList, QString>("variables", "tools", "expected");
 
         QTest::newRow("neither set") << QStringList {"-", "-"} << QStringList {} << "default";
         QTest::newRow("empty home, root with emulator")
@@ -56,9 +56,8 @@ private Q_SLOTS:
 
     void sdkRoot()
     {
-        QFETCH(QStringList, variables);
-        QFETCH(QStringList, tools);
-        QFETCH(QString, expected);
+        auto [variables, tools, expected]
+            = row<QStringList, QStringList, QString>("variables", "tools", "expected");
 
         for (const QString &tool : tools)
             writeScript(path(tool), "exit 0");
@@ -73,10 +72,7 @@ private Q_SLOTS:
 
     void toolSearch_data()
     {
-        QTest::addColumn<QStringList>("executables");
-        QTest::addColumn<QStringList>("plainFiles");
-        QTest::addColumn<QString>("sdkManager");
-        QTest::addColumn<QString>("adb");
+        columns<QStringList, QStringList, QString, QString>("executables", "plainFiles", "sdkManager", "adb");
 
         const QString sdk = QStringLiteral("Library/Application Support/Tolvane/sdk");
         const QString cask
@@ -102,10 +98,8 @@ private Q_SLOTS:
 
     void toolSearch()
     {
-        QFETCH(QStringList, executables);
-        QFETCH(QStringList, plainFiles);
-        QFETCH(QString, sdkManager);
-        QFETCH(QString, adb);
+        auto [executables, plainFiles, sdkManager, adb] = row<QStringList, QStringList, QString, QString>(
+            "executables", "plainFiles", "sdkManager", "adb");
 
         for (const QString &file : executables)
             writeScript(path(file), "exit 0");
@@ -121,8 +115,8 @@ private Q_SLOTS:
 
     void javaHome_data()
     {
-        QTest::addColumn<QStringList>("javas"); // folders below the root that get bin/java
-        QTest::addColumn<QString>("expected");
+        // javas: folders below the root that get bin/java
+        columns<QStringList, QString>("javas", "expected");
 
         const QString jvms = QStringLiteral("Library/Java/JavaVirtualMachines/");
         const QString brewJava = QStringLiteral("opt/homebrew/opt/%1/libexec/openjdk.jdk/Contents/Home");
@@ -137,8 +131,7 @@ private Q_SLOTS:
 
     void javaHome()
     {
-        QFETCH(QStringList, javas);
-        QFETCH(QString, expected);
+        auto [javas, expected] = row<QStringList, QString>("javas", "expected");
 
         for (const QString &home : javas)
             writeScript(path(home + "/bin/java"), "exit 0");
@@ -148,9 +141,8 @@ private Q_SLOTS:
 
     void environment_data()
     {
-        QTest::addColumn<bool>("withJava");
-        QTest::addColumn<QByteArray>("home"); // the app's HOME; "-" for unset
-        QTest::addColumn<QString>("childHome");
+        // home: the app's HOME; "-" for unset
+        columns<bool, QByteArray, QString>("withJava", "home", "childHome");
 
         QTest::newRow("without Java") << false << QByteArray("/somewhere") << "/somewhere";
         QTest::newRow("with Java") << true << QByteArray("/somewhere") << "/somewhere";
@@ -161,9 +153,7 @@ private Q_SLOTS:
 
     void environment()
     {
-        QFETCH(bool, withJava);
-        QFETCH(QByteArray, home);
-        QFETCH(QString, childHome);
+        auto [withJava, home, childHome] = row<bool, QByteArray, QString>("withJava", "home", "childHome");
 
         const QString java
             = path(QStringLiteral("opt/homebrew/opt/openjdk@17/libexec/openjdk.jdk/Contents/Home"));

@@ -1,4 +1,5 @@
 #include "AndroidTools.h"
+#include "DataTable.h"
 #include "Host.h"
 #include "SetupController.h"
 #include "SimHost.h"
@@ -103,9 +104,7 @@ private Q_SLOTS:
 
     void refresh_data()
     {
-        QTest::addColumn<bool>("arm64");
-        QTest::addColumn<Preparation>("prepare");
-        QTest::addColumn<QString>("flags");
+        columns<bool, Preparation, QString>("arm64", "prepare", "flags");
 
         const Preparation makeReady = [](SimHost &host) { host.makeReady(); };
         QTest::newRow("fresh Mac") << true << nothing << "000000";
@@ -125,9 +124,7 @@ private Q_SLOTS:
 
     void refresh()
     {
-        QFETCH(bool, arm64);
-        QFETCH(Preparation, prepare);
-        QFETCH(QString, flags);
+        auto [arm64, prepare, flags] = row<bool, Preparation, QString>("arm64", "prepare", "flags");
 
         Host host = Host::current();
         host.arm64 = arm64;
@@ -157,9 +154,7 @@ private Q_SLOTS:
 
     void refusals_data()
     {
-        QTest::addColumn<Preparation>("prepare");
-        QTest::addColumn<Action>("action");
-        QTest::addColumn<QString>("message");
+        columns<Preparation, Action, QString>("prepare", "action", "message");
 
         const QString noBrew = QStringLiteral("Homebrew is needed first.");
         const QString noSdkManager = QStringLiteral("sdkmanager was not found.");
@@ -180,9 +175,7 @@ private Q_SLOTS:
 
     void refusals()
     {
-        QFETCH(Preparation, prepare);
-        QFETCH(Action, action);
-        QFETCH(QString, message);
+        auto [prepare, action, message] = row<Preparation, Action, QString>("prepare", "action", "message");
 
         prepare(*m_host);
         SetupController setup;
@@ -198,11 +191,8 @@ private Q_SLOTS:
 
     void jobs_data()
     {
-        QTest::addColumn<Preparation>("prepare");
-        QTest::addColumn<Job>("job");
-        QTest::addColumn<QString>("ending"); // the log's closing line; empty after a success
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QString>("flags"); // as the check after the job finds them
+        // ending: the log's closing line; empty after a success; flags: as the check after the job finds them
+        columns<Preparation, Job, QString, QString, QString>("prepare", "job", "ending", "message", "flags");
 
         const QString failed = QStringLiteral("Finished with exit status 1.");
         const QString cancelled = QStringLiteral("Cancelled.");
@@ -238,11 +228,8 @@ private Q_SLOTS:
 
     void jobs()
     {
-        QFETCH(Preparation, prepare);
-        QFETCH(Job, job);
-        QFETCH(QString, ending);
-        QFETCH(QString, message);
-        QFETCH(QString, flags);
+        auto [prepare, job, ending, message, flags] = row<Preparation, Job, QString, QString, QString>(
+            "prepare", "job", "ending", "message", "flags");
 
         prepare(*m_host);
         SetupController setup;
@@ -298,9 +285,8 @@ private Q_SLOTS:
 
     void licenseText_data()
     {
-        QTest::addColumn<Preparation>("prepare");
-        QTest::addColumn<QString>("licenseText"); // a pattern; "<none>" when absent
-        QTest::addColumn<QString>("message");
+        // licenseText: a pattern; "<none>" when absent
+        columns<Preparation, QString, QString>("prepare", "licenseText", "message");
 
         QTest::newRow("refused one by one")
             << tools << "License android-sdk-license:[\\s\\S]*Not all licenses were accepted\\.$"
@@ -321,9 +307,8 @@ private Q_SLOTS:
 
     void licenseText()
     {
-        QFETCH(Preparation, prepare);
-        QFETCH(QString, licenseText);
-        QFETCH(QString, message);
+        auto [prepare, licenseText, message]
+            = row<Preparation, QString, QString>("prepare", "licenseText", "message");
 
         prepare(*m_host);
         SetupController setup;

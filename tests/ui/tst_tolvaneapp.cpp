@@ -1,3 +1,4 @@
+#include "DataTable.h"
 #include "SimHost.h"
 #include "TolvaneApp.h"
 
@@ -71,8 +72,7 @@ private Q_SLOTS:
     // The file dialogs cost nothing at start; the save dialog proposes a folder the user can write to.
     void saveDialog_data()
     {
-        QTest::addColumn<QStringList>("folders");
-        QTest::addColumn<QString>("proposed");
+        columns<QStringList, QString>("folders", "proposed");
 
         QTest::newRow("pictures") << QStringList {"Pictures", "Desktop"} << "Pictures";
         QTest::newRow("desktop only") << QStringList {"Desktop"} << "Desktop";
@@ -81,8 +81,7 @@ private Q_SLOTS:
 
     void saveDialog()
     {
-        QFETCH(QStringList, folders);
-        QFETCH(QString, proposed);
+        auto [folders, proposed] = row<QStringList, QString>("folders", "proposed");
 
         QTemporaryDir root;
         SimHost sim(root.path());

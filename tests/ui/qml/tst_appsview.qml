@@ -1,136 +1,105 @@
 import QtQuick
-import QtQuick.Controls
-import QtTest
 import Tolvane
 
-Item {
+TolvaneTestCase {
     id: root
-    width: 780
-    height: 640
+    name: "AppsView"
 
     Component {
         id: appsComponent
         AppsView { anchors.fill: parent }
     }
 
-    TestCase {
-        name: "AppsView"
-        when: windowShown
+    function test_phoneStartedElsewhereIsATarget() {
+        sim.makeReady()
+        sim.createPhone("Pixel_Outside")
+        const serial = sim.startPhone("Pixel_Outside", 5556)
+        store.refresh()
+        tryVerify(() => store.elsewhere["Pixel_Outside"] === serial, 20000)
+        const view = createTemporaryObject(appsComponent, root)
+        compare(view.serial, serial)
+        compare(findChild(view, "phonePicker").currentText, "Pixel_Outside")
+        view.chooseFiles([sim.writeApk("com.example.outside.apk")])
+        tryVerify(() => installer.packages.join() === "com.example.outside", 30000, installer.output)
+        store.stopElsewhere("Pixel_Outside")
+        tryVerify(() => store.runningTargets.length === 0, 20000)
+        verify(findChild(view, "noPhoneRunning").visible)
+    }
 
-        readonly property PhoneStore store: TolvaneApp.store
-        readonly property ApkInstaller installer: TolvaneApp.installer
+    // An empty log says so; with no phone running, the box still shows what was logged before.
+    function test_noPhoneRunning() {
+        const fresh = sim.freshInstaller()
+        const view = createTemporaryObject(appsComponent, root, { installer: fresh })
+        verify(findChild(view, "noPhoneRunning").visible)
+        verify(!findChild(view, "dropZone").visible)
+        compare(findChild(view, "adbOutput").text, "Nothing yet.")
+        fresh.install([], "")
+        compare(findChild(view, "adbOutput").text, "Only .apk files can be installed.")
+    }
 
-        function cleanup() {
-            for (const runner of store.allRunners) {
-                if (runner.state !== EmulatorProcess.Stopped)
-                    runner.stop()
-            }
-            tryVerify(() => store.allRunners.every(runner => runner.state === EmulatorProcess.Stopped), 30000)
-            tryVerify(() => !installer.busy, 20000)
+    // A hidden tab lists nothing; shown, it lists the phone's apps, and a phone without any says so.
+    function test_listsOnlyWhenShown() {
+        sim.makeReady()
+        sim.createPhone("Pixel_Hidden")
+        const fresh = sim.freshInstaller()
+        const view = createTemporaryObject(appsComponent, root, { visible: false, installer: fresh })
+        startPhone("Pixel_Hidden")
+        tryCompare(store.runner("Pixel_Hidden"), "state", EmulatorProcess.Running, 30000)
+        tryCompare(view, "serial", "emulator-5554")
+        // A listing of its own, started later, ends after any the hidden tab would have started.
+        const probe = sim.freshInstaller()
+        probe.refreshPackages(view.serial)
+        tryVerify(() => probe.packagesNote !== undefined, 20000)
+        compare(fresh.packagesNote, undefined)
+        view.visible = true
+        tryCompare(fresh, "packagesNote", "No apps installed by you yet.", 20000)
+    }
+
+    function test_dropThreeFilesThenOneThatIsNotAnApp() {
+        runningPhone("Pixel_Apps")
+        const view = createTemporaryObject(appsComponent, root)
+        verify(findChild(view, "dropZone").visible)
+        const before = installer.output.length
+        view.dropFiles([sim.writeApk("com.example.one.apk"), sim.writeApk("com.example.two.apk"), sim.writeApk("com.example.three.apk")])
+        // While it installs, only listing and dropping stay offered.
+        verify(installer.busy)
+        for (const name of ["Take screenshot", "Choose APK..."])
+            verify(!findChild(view, name).enabled, name)
+        verify(findChild(view, "Refresh").enabled)
+        tryVerify(() => installer.packages.length === 3 && !installer.busy, 30000, installer.output)
+        const added = installer.output.slice(before).split("\n")
+        compare(added.filter(line => line.startsWith("Installing ")).length, 3)
+        compare(added.filter(line => line === "Success").length, 3)
+
+        view.dropFiles([sim.writeApk("notes.txt")])
+        tryVerify(() => installer.output.endsWith("Only .apk files can be installed."), 20000)
+        verify(!installer.busy)
+    }
+
+    function test_listAndUninstall() {
+        runningPhone("Pixel_Uninstall")
+        const view = createTemporaryObject(appsComponent, root)
+        view.chooseFiles([sim.writeApk("com.example.keep.apk"), sim.writeApk("com.example.drop.apk")])
+        tryVerify(() => installer.packages.join() === "com.example.drop,com.example.keep", 30000, installer.output)
+        const button = findChild(view, "uninstall com.example.drop")
+        verify(button)
+        mouseClick(button)
+        tryVerify(() => installer.packages.join() === "com.example.keep", 30000, installer.output)
+        verify(installer.output.endsWith("Success"))
+    }
+
+    function test_screenshotThroughTheChooser() {
+        runningPhone("Pixel_Shot")
+        const view = createTemporaryObject(appsComponent, root)
+        const target = sim.root() + "/Shot.png"
+        const answer = proposed => {
+            compare(proposed, "Android Screenshot.png")
+            TolvaneApp.saveChooser.accept("file://" + target)
         }
-
-        function runningPhone(name) {
-            sim.reset()
-            sim.makeReady()
-            sim.createPhone(name)
-            store.start(name, TolvaneApp.startOptions(false, false, false, "Default", "auto"))
-            tryCompare(store.runner(name), "state", EmulatorProcess.Running, 30000)
-        }
-
-        function test_phoneStartedElsewhereIsATarget() {
-            sim.reset()
-            sim.makeReady()
-            sim.createPhone("Pixel_Outside")
-            const serial = sim.startPhone("Pixel_Outside", 5556)
-            store.refresh()
-            tryVerify(() => store.elsewhere["Pixel_Outside"] === serial, 20000)
-            const view = createTemporaryObject(appsComponent, root)
-            compare(view.serial, serial)
-            compare(findChild(view, "phonePicker").currentText, "Pixel_Outside")
-            view.chooseFiles([sim.writeApk("com.example.outside.apk")])
-            tryVerify(() => installer.packages.join() === "com.example.outside", 30000, installer.output)
-            store.stopElsewhere("Pixel_Outside")
-            tryVerify(() => store.runningTargets.length === 0, 20000)
-            verify(findChild(view, "noPhoneRunning").visible)
-        }
-
-        // An empty log says so; with no phone running, the box still shows what was logged before.
-        function test_noPhoneRunning() {
-            sim.reset()
-            const fresh = sim.freshInstaller()
-            const view = createTemporaryObject(appsComponent, root, { installer: fresh })
-            verify(findChild(view, "noPhoneRunning").visible)
-            verify(!findChild(view, "dropZone").visible)
-            compare(findChild(view, "adbOutput").text, "Nothing yet.")
-            fresh.install([], "")
-            compare(findChild(view, "adbOutput").text, "Only .apk files can be installed.")
-        }
-
-        // A hidden tab lists nothing; shown, it lists the phone's apps, and a phone without any says so.
-        function test_listsOnlyWhenShown() {
-            sim.reset()
-            sim.makeReady()
-            sim.createPhone("Pixel_Hidden")
-            const fresh = sim.freshInstaller()
-            const view = createTemporaryObject(appsComponent, root, { visible: false, installer: fresh })
-            store.start("Pixel_Hidden", TolvaneApp.startOptions(false, false, false, "Default", "auto"))
-            tryCompare(store.runner("Pixel_Hidden"), "state", EmulatorProcess.Running, 30000)
-            tryCompare(view, "serial", "emulator-5554")
-            // A listing of its own, started later, ends after any the hidden tab would have started.
-            const probe = sim.freshInstaller()
-            probe.refreshPackages(view.serial)
-            tryVerify(() => probe.packagesNote !== undefined, 20000)
-            compare(fresh.packagesNote, undefined)
-            view.visible = true
-            tryCompare(fresh, "packagesNote", "No apps installed by you yet.", 20000)
-        }
-
-        function test_dropThreeFilesThenOneThatIsNotAnApp() {
-            runningPhone("Pixel_Apps")
-            const view = createTemporaryObject(appsComponent, root)
-            verify(findChild(view, "dropZone").visible)
-            const before = installer.output.length
-            view.dropFiles([sim.writeApk("com.example.one.apk"), sim.writeApk("com.example.two.apk"), sim.writeApk("com.example.three.apk")])
-            // While it installs, only listing and dropping stay offered.
-            verify(installer.busy)
-            for (const name of ["Take screenshot", "Choose APK..."])
-                verify(!findChild(view, name).enabled, name)
-            verify(findChild(view, "Refresh").enabled)
-            tryVerify(() => installer.packages.length === 3 && !installer.busy, 30000, installer.output)
-            const added = installer.output.slice(before).split("\n")
-            compare(added.filter(line => line.startsWith("Installing ")).length, 3)
-            compare(added.filter(line => line === "Success").length, 3)
-
-            view.dropFiles([sim.writeApk("notes.txt")])
-            tryVerify(() => installer.output.endsWith("Only .apk files can be installed."), 20000)
-            verify(!installer.busy)
-        }
-
-        function test_listAndUninstall() {
-            runningPhone("Pixel_Uninstall")
-            const view = createTemporaryObject(appsComponent, root)
-            view.chooseFiles([sim.writeApk("com.example.keep.apk"), sim.writeApk("com.example.drop.apk")])
-            tryVerify(() => installer.packages.join() === "com.example.drop,com.example.keep", 30000, installer.output)
-            const button = findChild(view, "uninstall com.example.drop")
-            verify(button)
-            mouseClick(button)
-            tryVerify(() => installer.packages.join() === "com.example.keep", 30000, installer.output)
-            verify(installer.output.endsWith("Success"))
-        }
-
-        function test_screenshotThroughTheChooser() {
-            runningPhone("Pixel_Shot")
-            const view = createTemporaryObject(appsComponent, root)
-            const target = sim.root() + "/Shot.png"
-            const answer = proposed => {
-                compare(proposed, "Android Screenshot.png")
-                TolvaneApp.saveChooser.accept("file://" + target)
-            }
-            TolvaneApp.saveChooser.saveRequested.connect(answer)
-            mouseClick(findChild(view, "Take screenshot"))
-            tryVerify(() => installer.output.endsWith("Saved screenshot to Shot.png."), 30000)
-            TolvaneApp.saveChooser.saveRequested.disconnect(answer)
-            verify(sim.isPng(target))
-        }
+        TolvaneApp.saveChooser.saveRequested.connect(answer)
+        mouseClick(findChild(view, "Take screenshot"))
+        tryVerify(() => installer.output.endsWith("Saved screenshot to Shot.png."), 30000)
+        TolvaneApp.saveChooser.saveRequested.disconnect(answer)
+        verify(sim.isPng(target))
     }
 }

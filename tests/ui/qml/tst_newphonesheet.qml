@@ -1,169 +1,150 @@
 import QtQuick
-import QtQuick.Controls
-import QtTest
 import Tolvane
 
-Item {
+TolvaneTestCase {
     id: root
-    // The smallest main window.
-    width: 780
-    height: 640
+    name: "NewPhoneSheet"
 
     Component {
         id: phonesComponent
         PhonesView { anchors.fill: parent }
     }
 
-    TestCase {
-        name: "NewPhoneSheet"
-        when: windowShown
+    function init() {
+        sim.reset()
+        tryVerify(() => !store.imageJob.isRunning, 20000)
+    }
 
-        readonly property PhoneStore store: TolvaneApp.store
+    function openSheet() {
+        const view = readyView(phonesComponent)
+        mouseClick(findChild(view, "New phone..."))
+        tryVerify(() => view.sheet !== null)
+        const sheet = view.sheet
+        tryVerify(() => !store.devicesLoading && !store.imagesLoading && store.images.length > 0, 30000)
+        return [view, sheet]
+    }
 
-        function init() {
-            sim.reset()
-            store.dismissError()
-            tryVerify(() => !store.imageJob.isRunning, 20000)
-        }
+    function test_createWithAnImageInstall() {
+        const [view, sheet] = openSheet()
+        compare(sheet.name, "Pixel_Phone")
+        verify(sheet.deviceId !== "")
+        compare(sheet.api, sheet.apiChoices[0])
+        verify(sheet.chosenImage !== undefined)
+        verify(!sheet.chosenImage.installed)
+        verify(!findChild(sheet, "Create").enabled)
+        const picker = findChild(sheet, "versionPicker")
+        verify(picker.currentText.indexOf(", installed") < 0)
 
-        function typeText(text) {
-            for (const c of text)
-                keyClick(c === " " ? Qt.Key_Space : c)
-        }
+        mouseClick(findChild(sheet, "Install it"))
+        tryVerify(() => store.imageJob.isRunning)
+        verify(!findChild(sheet, "Install it").enabled)
+        verify(!findChild(sheet, "Create").enabled)
+        tryVerify(() => sheet.chosenImage.installed, 30000)
+        tryVerify(() => picker.currentText.indexOf(", installed") > 0)
+        verify(findChild(sheet, "imageInstalled").visible)
+        verify(findChild(sheet, "Create").enabled)
 
-        function openSheet() {
-            sim.makeReady()
-            TolvaneApp.setup.refresh()
-            const view = createTemporaryObject(phonesComponent, root)
-            mouseClick(findChild(view, "New phone..."))
-            tryVerify(() => view.sheet !== null)
-            const sheet = view.sheet
-            tryVerify(() => !store.devicesLoading && !store.imagesLoading && store.images.length > 0, 30000)
-            return [view, sheet]
-        }
+        mouseClick(findChild(sheet, "Create"))
+        // The creation shows until the sheet closes.
+        verify(findChild(sheet, "creatingIndicator").visible)
+        tryVerify(() => view.sheet === null, 30000)
+        tryVerify(() => store.phones.some(phone => phone.name === "Pixel_Phone"), 20000)
+    }
 
-        function test_createWithAnImageInstall() {
-            const [view, sheet] = openSheet()
-            compare(sheet.name, "Pixel_Phone")
-            verify(sheet.deviceId !== "")
-            compare(sheet.api, sheet.apiChoices[0])
-            verify(sheet.chosenImage !== undefined)
-            verify(!sheet.chosenImage.installed)
-            verify(!findChild(sheet, "Create").enabled)
-            const picker = findChild(sheet, "versionPicker")
-            verify(picker.currentText.indexOf(", installed") < 0)
-
-            mouseClick(findChild(sheet, "Install it"))
-            tryVerify(() => store.imageJob.isRunning)
-            verify(!findChild(sheet, "Install it").enabled)
-            verify(!findChild(sheet, "Create").enabled)
-            tryVerify(() => sheet.chosenImage.installed, 30000)
-            tryVerify(() => picker.currentText.indexOf(", installed") > 0)
-            verify(findChild(sheet, "imageInstalled").visible)
-            verify(findChild(sheet, "Create").enabled)
-
-            mouseClick(findChild(sheet, "Create"))
-            // The creation shows until the sheet closes.
-            verify(findChild(sheet, "creatingIndicator").visible)
-            tryVerify(() => view.sheet === null, 30000)
-            tryVerify(() => store.phones.some(phone => phone.name === "Pixel_Phone"), 20000)
-        }
-
-        function test_removeAnUnusedImage() {
-            const unused = "system-images;android-33;google_apis;arm64-v8a"
-            sim.installSystemImage(unused)
-            sim.createPhone("Pixel_Keeps")
-            const [view, sheet] = openSheet()
-            // The image rows are made by a repeater, so their buttons are looked up row by row.
-            const removeButton = id => {
-                const rows = findChild(sheet, "imageDiskBox").children
-                for (let i = 0; i < rows.length; ++i) {
-                    const button = findChild(rows[i], "Remove " + id)
-                    if (button)
-                        return button
-                }
-                return null
+    function test_removeAnUnusedImage() {
+        const unused = "system-images;android-33;google_apis;arm64-v8a"
+        sim.installSystemImage(unused)
+        sim.createPhone("Pixel_Keeps")
+        const [view, sheet] = openSheet()
+        // The image rows are made by a repeater, so their buttons are looked up row by row.
+        const removeButton = id => {
+            const rows = findChild(sheet, "imageDiskBox").children
+            for (let i = 0; i < rows.length; ++i) {
+                const button = findChild(rows[i], "Remove " + id)
+                if (button)
+                    return button
             }
-            tryVerify(() => removeButton(unused) !== null, 20000)
-            compare(store.installedImages.length, 2)
-            verify(!removeButton("system-images;android-34;google_apis;arm64-v8a").visible)
-            mouseClick(removeButton(unused))
-            const dialog = findChild(sheet, "removeImageDialog")
-            tryVerify(() => dialog.opened)
-            compare(dialog.title, "Remove Android 13 (API 33), Google APIs?")
-            mouseClick(findChild(dialog, "confirm"))
-            tryVerify(() => store.installedImages.length === 1, 30000)
-            compare(store.installedImages[0].users, ["Pixel_Keeps"])
+            return null
         }
+        tryVerify(() => removeButton(unused) !== null, 20000)
+        compare(store.installedImages.length, 2)
+        verify(!removeButton("system-images;android-34;google_apis;arm64-v8a").visible)
+        mouseClick(removeButton(unused))
+        const dialog = findChild(sheet, "removeImageDialog")
+        tryVerify(() => dialog.opened)
+        compare(dialog.title, "Remove Android 13 (API 33), Google APIs?")
+        mouseClick(findChild(dialog, "confirm"))
+        tryVerify(() => store.installedImages.length === 1, 30000)
+        compare(store.installedImages[0].users, ["Pixel_Keeps"])
+    }
 
-        function test_invalidNameDisablesCreate() {
-            const [view, sheet] = openSheet()
-            sim.installSystemImage(sheet.chosenImage.id)
-            store.loadImages()
-            tryVerify(() => sheet.chosenImage.installed, 20000)
-            const create = findChild(sheet, "Create")
-            verify(create.enabled)
-            const field = findChild(sheet, "nameField")
-            field.forceActiveFocus()
-            field.selectAll()
-            const problem = findChild(sheet, "nameProblem")
-            verify(!problem.visible)
-            typeText("my phone")
-            compare(sheet.name, "my phone")
-            verify(!create.enabled)
-            // The rule shows once it is broken, and the field has its label.
-            verify(problem.visible)
-            verify(problem.text.indexOf("letters, digits") >= 0)
-            compare(field.Accessible.name, "Name")
-            field.selectAll()
-            typeText("my_phone")
-            compare(sheet.name, "my_phone")
-            verify(create.enabled)
-            verify(!problem.visible)
-        }
+    function test_invalidNameDisablesCreate() {
+        const [view, sheet] = openSheet()
+        sim.installSystemImage(sheet.chosenImage.id)
+        store.loadImages()
+        tryVerify(() => sheet.chosenImage.installed, 20000)
+        const create = findChild(sheet, "Create")
+        verify(create.enabled)
+        const field = findChild(sheet, "nameField")
+        field.forceActiveFocus()
+        field.selectAll()
+        const problem = findChild(sheet, "nameProblem")
+        verify(!problem.visible)
+        typeText("my phone")
+        compare(sheet.name, "my phone")
+        verify(!create.enabled)
+        // The rule shows once it is broken, and the field has its label.
+        verify(problem.visible)
+        verify(problem.text.indexOf("letters, digits") >= 0)
+        compare(field.Accessible.name, "Name")
+        field.selectAll()
+        typeText("my_phone")
+        compare(sheet.name, "my_phone")
+        verify(create.enabled)
+        verify(!problem.visible)
+    }
 
-        function test_playSwitchMovesTheVersion() {
-            const [view, sheet] = openSheet()
-            // The newest Google APIs level has no Google Play image.
-            compare(sheet.api, 35)
-            mouseClick(findChild(sheet, "playSwitch"))
-            verify(sheet.playStore)
-            compare(sheet.api, 34)
-            compare(sheet.chosenImage.variant, "google_apis_playstore")
-            compare(findChild(sheet, "versionPicker").currentText, "Android 14 (API 34)")
-        }
+    function test_playSwitchMovesTheVersion() {
+        const [view, sheet] = openSheet()
+        // The newest Google APIs level has no Google Play image.
+        compare(sheet.api, 35)
+        mouseClick(findChild(sheet, "playSwitch"))
+        verify(sheet.playStore)
+        compare(sheet.api, 34)
+        compare(sheet.chosenImage.variant, "google_apis_playstore")
+        compare(findChild(sheet, "versionPicker").currentText, "Android 14 (API 34)")
+    }
 
-        function test_failedCreateShowsTheError() {
-            const [view, sheet] = openSheet()
-            sim.installSystemImage(sheet.chosenImage.id)
-            store.loadImages()
-            tryVerify(() => sheet.chosenImage.installed, 20000)
-            sim.setBehaviour("avdmanager.create.fail", "Error: Something went wrong creating the phone.")
-            mouseClick(findChild(sheet, "Create"))
-            tryVerify(() => findChild(sheet, "createError") !== null, 20000)
-            const box = findChild(sheet, "createError")
-            compare(findChild(box, "detailsSummary").text, "avdmanager could not create the phone.")
-            verify(sheet.visible)
-            // With the details open in the smallest window, the sheet still fits and its buttons show.
-            // The box has only just appeared below the choices: scroll to it once it is laid out, then open it.
-            const toggle = findChild(box, "showDetails")
-            tryVerify(() => toggle.visible && toggle.width > 0 && toggle.height > 0, 5000, "the toggle is laid out")
-            const flick = findChild(sheet, "sheetScroller").contentItem
-            flick.contentY = Math.max(0, flick.contentHeight - flick.height)
-            tryVerify(() => {
-                const at = toggle.mapToItem(flick, 0, 0)
-                return at.y >= 0 && at.y + toggle.height <= flick.height
-            }, 5000, "the toggle is in view")
-            mouseClick(toggle)
-            tryVerify(() => box.open, 5000, "the details opened")
-            waitForRendering(root)
-            for (const name of ["Close", "Create"]) {
-                const button = findChild(sheet, name)
-                const corner = button.mapToItem(root, button.width, button.height)
-                verify(button.visible && corner.y <= root.height && corner.x <= root.width, name + " is in the window")
-            }
-            const top = sheet.contentItem.mapToItem(root, 0, 0)
-            verify(top.y >= 0)
+    function test_failedCreateShowsTheError() {
+        const [view, sheet] = openSheet()
+        sim.installSystemImage(sheet.chosenImage.id)
+        store.loadImages()
+        tryVerify(() => sheet.chosenImage.installed, 20000)
+        sim.setBehaviour("avdmanager.create.fail", "Error: Something went wrong creating the phone.")
+        mouseClick(findChild(sheet, "Create"))
+        tryVerify(() => findChild(sheet, "createError") !== null, 20000)
+        const box = findChild(sheet, "createError")
+        compare(findChild(box, "detailsSummary").text, "avdmanager could not create the phone.")
+        verify(sheet.visible)
+        // With the details open in the smallest window, the sheet still fits and its buttons show.
+        // The box has only just appeared below the choices: scroll to it once it is laid out, then open it.
+        const toggle = findChild(box, "showDetails")
+        tryVerify(() => toggle.visible && toggle.width > 0 && toggle.height > 0, 5000, "the toggle is laid out")
+        const flick = findChild(sheet, "sheetScroller").contentItem
+        flick.contentY = Math.max(0, flick.contentHeight - flick.height)
+        tryVerify(() => {
+            const at = toggle.mapToItem(flick, 0, 0)
+            return at.y >= 0 && at.y + toggle.height <= flick.height
+        }, 5000, "the toggle is in view")
+        mouseClick(toggle)
+        tryVerify(() => box.open, 5000, "the details opened")
+        waitForRendering(root)
+        for (const name of ["Close", "Create"]) {
+            const button = findChild(sheet, name)
+            const corner = button.mapToItem(root, button.width, button.height)
+            verify(button.visible && corner.y <= root.height && corner.x <= root.width, name + " is in the window")
         }
+        const top = sheet.contentItem.mapToItem(root, 0, 0)
+        verify(top.y >= 0)
     }
 }

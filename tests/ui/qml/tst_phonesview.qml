@@ -1,188 +1,139 @@
 import QtQuick
-import QtQuick.Controls
-import QtTest
 import Tolvane
 
-Item {
+TolvaneTestCase {
     id: root
-    width: 780
-    height: 640
+    name: "PhonesView"
 
     Component {
         id: phonesComponent
         PhonesView { anchors.fill: parent }
     }
 
-    TestCase {
-        id: test
-        name: "PhonesView"
-        when: windowShown
+    function test_phoneStartedElsewhere() {
+        sim.createPhone("Pixel_Outside")
+        sim.startPhone("Pixel_Outside")
+        const view = readyView(phonesComponent)
+        const row = rowFor(view, "Pixel_Outside")
+        tryCompare(findChild(row, "statusLabel"), "text", "Running", 20000)
+        verify(findChild(row, "elsewhereNote").visible)
+        verify(findChild(row, "diskSize").text.endsWith(" MB on disk"))
+        verify(findChild(view, "diskUseLine").visible)
+        for (const button of ["Start", "Wipe data", "Delete"])
+            verify(!findChild(row, button).enabled, button)
+        mouseClick(findChild(row, "Stop"))
+        tryCompare(findChild(row, "statusLabel"), "text", "Stopped", 20000)
+        verify(findChild(row, "Start").enabled)
+    }
 
-        readonly property PhoneStore store: TolvaneApp.store
+    function test_noticesAndNoPhonesHint() {
+        const view = listedView(phonesComponent)
+        verify(findChild(view, "toolsNotice").visible)
+        verify(findChild(view, "emulatorNotice").visible)
+        verify(!findChild(view, "New phone...").enabled)
+        verify(findChild(view, "noPhonesHint").visible)
+    }
 
-        function init() {
-            sim.reset()
-            store.dismissError()
-        }
+    function test_startWatchesTheLabel() {
+        sim.createPhone("Pixel_Start")
+        const view = readyView(phonesComponent)
+        verify(!findChild(view, "toolsNotice").visible)
+        verify(!findChild(view, "emulatorNotice").visible)
+        const row = rowFor(view, "Pixel_Start")
+        const label = findChild(row, "statusLabel")
+        compare(label.text, "Stopped")
+        compare(label.Accessible.name, "Pixel_Start: Stopped")
+        const seen = []
+        const record = () => { if (seen[seen.length - 1] !== label.text) seen.push(label.text) }
+        label.textChanged.connect(record)
+        mouseClick(findChild(row, "Start"))
+        tryCompare(label, "text", "Running", 30000)
+        compare(label.Accessible.name, "Pixel_Start: Running")
+        label.textChanged.disconnect(record)
+        compare(seen, ["Starting", "Booting", "Running"])
+        verify(!findChild(row, "Start").enabled)
+        verify(findChild(row, "Stop").enabled)
+        verify(!findChild(row, "Delete").enabled)
+        mouseClick(findChild(row, "Stop"))
+        tryCompare(label, "text", "Stopped", 30000)
+    }
 
-        function cleanup() {
-            for (const runner of store.allRunners) {
-                if (runner.state !== EmulatorProcess.Stopped)
-                    runner.stop()
-            }
-            tryVerify(() => store.allRunners.every(runner => runner.state === EmulatorProcess.Stopped), 30000)
-        }
+    function test_wipeAppliesToOneStart() {
+        sim.createPhone("Pixel_Wipe")
+        const view = readyView(phonesComponent)
+        const row = rowFor(view, "Pixel_Wipe")
+        mouseClick(findChild(row, "Wipe data"))
+        const dialog = findChild(view, "wipeDialog")
+        tryVerify(() => dialog.opened)
+        compare(dialog.title, "Wipe data on Pixel_Wipe?")
+        // In the middle of the window, not under the row.
+        const centre = dialog.contentItem.mapToItem(root, dialog.contentItem.width / 2, 0)
+        fuzzyCompare(centre.x, root.width / 2, 1)
+        fuzzyCompare(dialog.y + dialog.height / 2, root.height / 2, 1)
+        mouseClick(findChild(dialog, "confirm"))
+        const runner = store.runner("Pixel_Wipe")
+        tryVerify(() => runner.lines.length > 0, 20000)
+        compare(runner.lines[0], "$ emulator -avd Pixel_Wipe -port 5554 -wipe-data -gpu auto")
+        verify(!findChild(view, "coldBoot").checked)
+        tryCompare(findChild(row, "statusLabel"), "text", "Running", 30000)
+        runner.stop()
+        tryCompare(findChild(row, "statusLabel"), "text", "Stopped", 30000)
+        mouseClick(findChild(row, "Start"))
+        tryVerify(() => runner.lines.length > 0 && runner.lines[0].indexOf("-wipe-data") < 0, 20000)
+    }
 
-        function readyView() {
-            sim.makeReady()
-            TolvaneApp.setup.refresh()
-            const view = createTemporaryObject(phonesComponent, root)
-            tryVerify(() => !store.isLoading, 20000)
-            return view
-        }
+    // Another phone going away leaves a row as it was: its open details and an open question stay.
+    function test_rowsSurviveOtherPhonesGoing() {
+        sim.createPhone("Pixel_A")
+        sim.createPhone("Pixel_B")
+        sim.setBehaviour("emulator.crash")
+        const view = readyView(phonesComponent)
+        const row = rowFor(view, "Pixel_A")
+        mouseClick(findChild(row, "Start"))
+        tryVerify(() => findChild(row, "startFailure") !== null, 30000)
+        const box = findChild(row, "startFailure")
+        compare(findChild(box, "detailsSummary").text, "Pixel_A did not start cleanly.")
+        compare(findChild(row, "statusLabel").text, "Stopped")
+        mouseClick(findChild(box, "showDetails"))
+        verify(box.open)
 
-        function rowFor(view, name) {
-            const list = findChild(view, "phoneList")
-            for (let i = 0; i < list.count; ++i) {
-                const item = list.itemAtIndex(i)
-                if (item && item.phone.name === name)
-                    return item
-            }
-            return null
-        }
+        mouseClick(findChild(rowFor(view, "Pixel_B"), "Delete"))
+        const deleteDialog = findChild(view, "deleteDialog")
+        tryVerify(() => deleteDialog.opened)
+        mouseClick(findChild(deleteDialog, "confirm"))
+        tryVerify(() => !deleteDialog.visible)
+        mouseClick(findChild(row, "Wipe data"))
+        const wipeDialog = findChild(view, "wipeDialog")
+        tryVerify(() => wipeDialog.opened)
+        tryVerify(() => store.phones.length === 1 && !store.isLoading, 20000)
+        waitForRendering(view)
+        compare(rowFor(view, "Pixel_A"), row)
+        verify(findChild(row, "startFailure").open)
+        verify(wipeDialog.opened)
+        compare(wipeDialog.title, "Wipe data on Pixel_A?")
+        mouseClick(findChild(wipeDialog, "cancel"))
+    }
 
-        function test_phoneStartedElsewhere() {
-            sim.createPhone("Pixel_Outside")
-            sim.startPhone("Pixel_Outside")
-            const view = readyView()
-            tryVerify(() => rowFor(view, "Pixel_Outside") !== null, 20000)
-            const row = rowFor(view, "Pixel_Outside")
-            tryCompare(findChild(row, "statusLabel"), "text", "Running", 20000)
-            verify(findChild(row, "elsewhereNote").visible)
-            verify(findChild(row, "diskSize").text.endsWith(" MB on disk"))
-            verify(findChild(view, "diskUseLine").visible)
-            for (const button of ["Start", "Wipe data", "Delete"])
-                verify(!findChild(row, button).enabled, button)
-            mouseClick(findChild(row, "Stop"))
-            tryCompare(findChild(row, "statusLabel"), "text", "Stopped", 20000)
-            verify(findChild(row, "Start").enabled)
-        }
-
-        function test_noticesAndNoPhonesHint() {
-            TolvaneApp.setup.refresh()
-            const view = createTemporaryObject(phonesComponent, root)
-            tryVerify(() => !store.isLoading, 20000)
-            verify(findChild(view, "toolsNotice").visible)
-            verify(findChild(view, "emulatorNotice").visible)
-            verify(!findChild(view, "New phone...").enabled)
-            verify(findChild(view, "noPhonesHint").visible)
-        }
-
-        function test_startWatchesTheLabel() {
-            sim.createPhone("Pixel_Start")
-            const view = readyView()
-            verify(!findChild(view, "toolsNotice").visible)
-            verify(!findChild(view, "emulatorNotice").visible)
-            tryVerify(() => rowFor(view, "Pixel_Start") !== null, 20000)
-            const row = rowFor(view, "Pixel_Start")
-            const label = findChild(row, "statusLabel")
-            compare(label.text, "Stopped")
-            compare(label.Accessible.name, "Pixel_Start: Stopped")
-            const seen = []
-            const record = () => { if (seen[seen.length - 1] !== label.text) seen.push(label.text) }
-            label.textChanged.connect(record)
-            mouseClick(findChild(row, "Start"))
-            tryCompare(label, "text", "Running", 30000)
-            compare(label.Accessible.name, "Pixel_Start: Running")
-            label.textChanged.disconnect(record)
-            compare(seen, ["Starting", "Booting", "Running"])
-            verify(!findChild(row, "Start").enabled)
-            verify(findChild(row, "Stop").enabled)
-            verify(!findChild(row, "Delete").enabled)
-            mouseClick(findChild(row, "Stop"))
-            tryCompare(label, "text", "Stopped", 30000)
-        }
-
-        function test_wipeAppliesToOneStart() {
-            sim.createPhone("Pixel_Wipe")
-            const view = readyView()
-            tryVerify(() => rowFor(view, "Pixel_Wipe") !== null, 20000)
-            const row = rowFor(view, "Pixel_Wipe")
-            mouseClick(findChild(row, "Wipe data"))
-            const dialog = findChild(view, "wipeDialog")
-            tryVerify(() => dialog.opened)
-            compare(dialog.title, "Wipe data on Pixel_Wipe?")
-            // In the middle of the window, not under the row.
-            const centre = dialog.contentItem.mapToItem(root, dialog.contentItem.width / 2, 0)
-            fuzzyCompare(centre.x, root.width / 2, 1)
-            fuzzyCompare(dialog.y + dialog.height / 2, root.height / 2, 1)
-            mouseClick(findChild(dialog, "confirm"))
-            const runner = store.runner("Pixel_Wipe")
-            tryVerify(() => runner.lines.length > 0, 20000)
-            compare(runner.lines[0], "$ emulator -avd Pixel_Wipe -port 5554 -wipe-data -gpu auto")
-            verify(!findChild(view, "coldBoot").checked)
-            tryCompare(findChild(row, "statusLabel"), "text", "Running", 30000)
-            runner.stop()
-            tryCompare(findChild(row, "statusLabel"), "text", "Stopped", 30000)
-            mouseClick(findChild(row, "Start"))
-            tryVerify(() => runner.lines.length > 0 && runner.lines[0].indexOf("-wipe-data") < 0, 20000)
-        }
-
-        // Another phone going away leaves a row as it was: its open details and an open question stay.
-        function test_rowsSurviveOtherPhonesGoing() {
-            sim.createPhone("Pixel_A")
-            sim.createPhone("Pixel_B")
-            sim.setBehaviour("emulator.crash")
-            const view = readyView()
-            tryVerify(() => rowFor(view, "Pixel_A") !== null && rowFor(view, "Pixel_B") !== null, 20000)
-            const row = rowFor(view, "Pixel_A")
-            mouseClick(findChild(row, "Start"))
-            tryVerify(() => findChild(row, "startFailure") !== null, 30000)
-            const box = findChild(row, "startFailure")
-            compare(findChild(box, "detailsSummary").text, "Pixel_A did not start cleanly.")
-            compare(findChild(row, "statusLabel").text, "Stopped")
-            mouseClick(findChild(box, "showDetails"))
-            verify(box.open)
-
-            mouseClick(findChild(rowFor(view, "Pixel_B"), "Delete"))
-            const deleteDialog = findChild(view, "deleteDialog")
-            tryVerify(() => deleteDialog.opened)
-            mouseClick(findChild(deleteDialog, "confirm"))
-            tryVerify(() => !deleteDialog.visible)
-            mouseClick(findChild(row, "Wipe data"))
-            const wipeDialog = findChild(view, "wipeDialog")
-            tryVerify(() => wipeDialog.opened)
-            tryVerify(() => store.phones.length === 1 && !store.isLoading, 20000)
-            waitForRendering(view)
-            compare(rowFor(view, "Pixel_A"), row)
-            verify(findChild(row, "startFailure").open)
-            verify(wipeDialog.opened)
-            compare(wipeDialog.title, "Wipe data on Pixel_A?")
-            mouseClick(findChild(wipeDialog, "cancel"))
-        }
-
-        function test_deleteAfterConfirmation() {
-            sim.createPhone("Pixel_Gone")
-            const view = readyView()
-            tryVerify(() => rowFor(view, "Pixel_Gone") !== null, 20000)
-            const row = rowFor(view, "Pixel_Gone")
-            mouseClick(findChild(row, "Delete"))
-            const dialog = findChild(view, "deleteDialog")
-            tryVerify(() => dialog.opened)
-            compare(dialog.title, "Delete Pixel_Gone?")
-            mouseClick(findChild(dialog, "cancel"))
-            tryVerify(() => !dialog.visible)
-            verify(rowFor(view, "Pixel_Gone") !== null)
-            mouseClick(findChild(row, "Delete"))
-            tryVerify(() => dialog.opened)
-            mouseClick(findChild(dialog, "confirm"))
-            // The row says what is happening and offers nothing until the phone is gone.
-            compare(findChild(row, "statusLabel").text, "Deleting")
-            verify(findChild(row, "statusBusy").visible)
-            for (const button of ["Start", "Stop", "Wipe data", "Delete"])
-                verify(!findChild(row, button).enabled, button)
-            tryVerify(() => store.phones.length === 0, 20000)
-            tryVerify(() => findChild(view, "noPhonesHint").visible, 20000)
-        }
+    function test_deleteAfterConfirmation() {
+        sim.createPhone("Pixel_Gone")
+        const view = readyView(phonesComponent)
+        const row = rowFor(view, "Pixel_Gone")
+        mouseClick(findChild(row, "Delete"))
+        const dialog = findChild(view, "deleteDialog")
+        tryVerify(() => dialog.opened)
+        compare(dialog.title, "Delete Pixel_Gone?")
+        mouseClick(findChild(dialog, "cancel"))
+        tryVerify(() => !dialog.visible)
+        verify(rowFor(view, "Pixel_Gone") !== null)
+        mouseClick(findChild(row, "Delete"))
+        tryVerify(() => dialog.opened)
+        mouseClick(findChild(dialog, "confirm"))
+        // The row says what is happening and offers nothing until the phone is gone.
+        compare(findChild(row, "statusLabel").text, "Deleting")
+        verify(findChild(row, "statusBusy").visible)
+        for (const button of ["Start", "Stop", "Wipe data", "Delete"])
+            verify(!findChild(row, button).enabled, button)
+        tryVerify(() => store.phones.length === 0, 20000)
+        tryVerify(() => findChild(view, "noPhonesHint").visible, 20000)
     }
 }

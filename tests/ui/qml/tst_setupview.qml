@@ -1,133 +1,112 @@
 import QtQuick
-import QtQuick.Controls
-import QtTest
 import Tolvane
 
-Item {
+TolvaneTestCase {
     id: root
-    width: 780
+    name: "SetupView"
     height: 900
+
+    readonly property SetupController setup: TolvaneApp.setup
 
     Component {
         id: setupComponent
         SetupView { anchors.fill: parent }
     }
 
-    TestCase {
-        name: "SetupView"
-        when: windowShown
+    function init() {
+        tryVerify(() => !setup.job.isRunning, 20000)
+        sim.reset()
+        setup.hideLicenseText()
+    }
 
-        readonly property SetupController setup: TolvaneApp.setup
-
-        function init() {
-            tryVerify(() => !setup.job.isRunning, 20000)
-            sim.reset()
-            setup.hideLicenseText()
+    function test_homebrewMissing() {
+        const view = createTemporaryObject(setupComponent, root)
+        setup.refresh()
+        verify(button(view, "Get Homebrew").visible)
+        verify(button(view, "Get Homebrew").enabled)
+        for (const text of ["Install Java", "Install tools"]) {
+            verify(button(view, text).visible, text)
+            verify(!button(view, text).enabled, text)
         }
+        verify(!findChild(view, "licenseCard").visible)
+        compare(findChild(view, "emulatorHeading").text, "3. Emulator")
+        verify(!button(view, "Install the emulator").enabled)
+        compare(findChild(view, "sdkFolder").text, "SDK folder in use: " + sim.sdkRoot())
+    }
 
-        // Waits until the button can be pressed and sits where it is drawn, then presses it.
-        function press(view, text) {
-            const found = button(view, text)
-            tryVerify(() => found.visible && found.enabled, 20000, text)
-            waitForRendering(view)
-            mouseClick(found)
-        }
+    function test_installJavaThroughTheButton() {
+        sim.installBrew()
+        const view = createTemporaryObject(setupComponent, root)
+        setup.refresh()
+        verify(button(view, "Install Java").enabled)
+        const icon = findChild(view, "status Java (OpenJDK 17)")
+        compare(icon.Accessible.name, "Java (OpenJDK 17): not found")
+        press(view, "Install Java")
+        tryVerify(() => setup.javaReady, 20000)
+        compare(icon.Accessible.name, "Java (OpenJDK 17): found")
+        verify(!button(view, "Install Java").visible)
+        verify(button(view, "Install tools").enabled)
+    }
 
-        function button(view, text) {
-            const found = findChild(view, text)
-            verify(found, "button " + text)
-            return found
-        }
+    function test_buttonsDisabledWhileAJobRuns() {
+        sim.installBrew()
+        sim.setTimeScale(1.0)
+        const view = createTemporaryObject(setupComponent, root)
+        setup.refresh()
+        press(view, "Install tools")
+        tryVerify(() => setup.job.isRunning)
+        verify(!button(view, "Install Java").enabled)
+        verify(!button(view, "Install tools").enabled)
+        const cancel = findChild(view, "cancelJob")
+        verify(cancel.visible)
+        mouseClick(cancel)
+        tryVerify(() => !setup.job.isRunning, 20000)
+        compare(setup.job.lines[setup.job.lines.length - 1], "Cancelled.")
+        verify(button(view, "Install tools").enabled)
+        verify(setup.message === undefined)
+    }
 
-        function test_homebrewMissing() {
-            const view = createTemporaryObject(setupComponent, root)
-            setup.refresh()
-            verify(button(view, "Get Homebrew").visible)
-            verify(button(view, "Get Homebrew").enabled)
-            for (const text of ["Install Java", "Install tools"]) {
-                verify(button(view, text).visible, text)
-                verify(!button(view, text).enabled, text)
-            }
-            verify(!findChild(view, "licenseCard").visible)
-            compare(findChild(view, "emulatorHeading").text, "3. Emulator")
-            verify(!button(view, "Install the emulator").enabled)
-            compare(findChild(view, "sdkFolder").text, "SDK folder in use: " + sim.sdkRoot())
-        }
+    function test_licenceCardFlow() {
+        sim.installBrew()
+        sim.installJava()
+        sim.installCommandLineTools()
+        const view = createTemporaryObject(setupComponent, root)
+        setup.refresh()
+        const card = findChild(view, "licenseCard")
+        verify(card.visible)
+        compare(findChild(view, "emulatorHeading").text, "3. Emulator")
 
-        function test_installJavaThroughTheButton() {
-            sim.installBrew()
-            const view = createTemporaryObject(setupComponent, root)
-            setup.refresh()
-            verify(button(view, "Install Java").enabled)
-            const icon = findChild(view, "status Java (OpenJDK 17)")
-            compare(icon.Accessible.name, "Java (OpenJDK 17): not found")
-            press(view, "Install Java")
-            tryVerify(() => setup.javaReady, 20000)
-            compare(icon.Accessible.name, "Java (OpenJDK 17): found")
-            verify(!button(view, "Install Java").visible)
-            verify(button(view, "Install tools").enabled)
-        }
+        press(view, "Show license text")
+        tryVerify(() => setup.licenseText !== undefined, 20000)
+        verify(findChild(view, "licenseText").text.length > 0)
+        verify(!button(view, "Show license text").visible)
+        verify(button(view, "Hide").enabled)
 
-        function test_buttonsDisabledWhileAJobRuns() {
-            sim.installBrew()
-            sim.setTimeScale(1.0)
-            const view = createTemporaryObject(setupComponent, root)
-            setup.refresh()
-            press(view, "Install tools")
-            tryVerify(() => setup.job.isRunning)
-            verify(!button(view, "Install Java").enabled)
-            verify(!button(view, "Install tools").enabled)
-            const cancel = findChild(view, "cancelJob")
-            verify(cancel.visible)
-            mouseClick(cancel)
-            tryVerify(() => !setup.job.isRunning, 20000)
-            compare(setup.job.lines[setup.job.lines.length - 1], "Cancelled.")
-            verify(button(view, "Install tools").enabled)
-            verify(setup.message === undefined)
-        }
+        press(view, "Hide")
+        verify(setup.licenseText === undefined)
+        verify(button(view, "Show license text").visible)
+        verify(!setup.licensesAccepted)
 
-        function test_licenceCardFlow() {
-            sim.installBrew()
-            sim.installJava()
-            sim.installCommandLineTools()
-            const view = createTemporaryObject(setupComponent, root)
-            setup.refresh()
-            const card = findChild(view, "licenseCard")
-            verify(card.visible)
-            compare(findChild(view, "emulatorHeading").text, "3. Emulator")
+        press(view, "Show license text")
+        tryVerify(() => setup.licenseText !== undefined, 20000)
+        press(view, "I accept these licenses")
+        tryVerify(() => setup.licensesAccepted, 20000)
+        verify(!card.visible)
+        compare(findChild(view, "emulatorHeading").text, "2. Emulator")
+        press(view, "Install the emulator")
+        tryVerify(() => setup.emulatorReady && setup.platformToolsReady, 20000)
+        verify(!button(view, "Install the emulator").visible)
+    }
 
-            press(view, "Show license text")
-            tryVerify(() => setup.licenseText !== undefined, 20000)
-            verify(findChild(view, "licenseText").text.length > 0)
-            verify(!button(view, "Show license text").visible)
-            verify(button(view, "Hide").enabled)
-
-            press(view, "Hide")
-            verify(setup.licenseText === undefined)
-            verify(button(view, "Show license text").visible)
-            verify(!setup.licensesAccepted)
-
-            press(view, "Show license text")
-            tryVerify(() => setup.licenseText !== undefined, 20000)
-            press(view, "I accept these licenses")
-            tryVerify(() => setup.licensesAccepted, 20000)
-            verify(!card.visible)
-            compare(findChild(view, "emulatorHeading").text, "2. Emulator")
-            press(view, "Install the emulator")
-            tryVerify(() => setup.emulatorReady && setup.platformToolsReady, 20000)
-            verify(!button(view, "Install the emulator").visible)
-        }
-
-        function test_failureMessageInRed() {
-            sim.installBrew()
-            sim.setBehaviour("brew.fail")
-            const view = createTemporaryObject(setupComponent, root)
-            setup.refresh()
-            press(view, "Install Java")
-            tryVerify(() => setup.message !== undefined, 20000)
-            const message = findChild(view, "setupMessage")
-            verify(message.visible)
-            compare(message.text, "Java install failed. See the log for details.")
-        }
+    function test_failureMessageInRed() {
+        sim.installBrew()
+        sim.setBehaviour("brew.fail")
+        const view = createTemporaryObject(setupComponent, root)
+        setup.refresh()
+        press(view, "Install Java")
+        tryVerify(() => setup.message !== undefined, 20000)
+        const message = findChild(view, "setupMessage")
+        verify(message.visible)
+        compare(message.text, "Java install failed. See the log for details.")
     }
 }
