@@ -33,8 +33,9 @@ Rectangle {
     property bool scrolledAway: false
     readonly property bool following: !hasSelection && !scrolledAway
 
-    // Tells the lines on screen where the selection is now.
-    readonly property string selection: anchorLine + ":" + anchorChar + ":" + cursorLine + ":" + cursorChar
+    // Tells the lines on screen where the selection is now. Made of the values the lines read, so it
+    // changes last, once they are all up to date.
+    readonly property string selection: hasSelection ? startLine + ":" + startChar + ":" + endLine + ":" + endChar : ""
     onSelectionChanged: {
         const items = list.contentItem.children
         for (let i = 0; i < items.length; ++i) {
