@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QProcess>
+#include <QStringDecoder>
 #include <QTimer>
 
 #include <cerrno>
@@ -101,13 +102,18 @@ QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironme
     if (!input)
         process.setStandardInputFile(QProcess::nullDevice());
 
+    // A character whose bytes a read splits is held back until the rest of it comes.
+    QStringDecoder stdoutText(QStringDecoder::Utf8);
+    QStringDecoder stderrText(QStringDecoder::Utf8);
     const auto collect = [&](QByteArray bytes, bool isStdout) {
         if (bytes.isEmpty())
             return;
-        const QString chunk = QString::fromUtf8(bytes);
-        result.text += chunk;
         if (isStdout)
             appendBytes(result.stdoutData, bytes);
+        const QString chunk = (isStdout ? stdoutText : stderrText).decode(bytes);
+        if (chunk.isEmpty())
+            return;
+        result.text += chunk;
         if (onOutput)
             onOutput(chunk);
     };

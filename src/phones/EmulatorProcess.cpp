@@ -95,6 +95,8 @@ void EmulatorProcess::start(QString emulator, int port, StartOptions options)
     setPort(port);
     setFailure(std::nullopt);
     m_queue->clear();
+    m_stdoutText.resetState();
+    m_stderrText.resetState();
 
     const QStringList arguments
         = QStringList {QStringLiteral("-avd"), m_name, QStringLiteral("-port"), QString::number(port)}
@@ -109,15 +111,15 @@ void EmulatorProcess::start(QString emulator, int port, StartOptions options)
     process->setProcessEnvironment(AndroidTools::environment());
     process->setStandardInputFile(QProcess::nullDevice());
     connect(process, &QProcess::readyReadStandardOutput, this,
-        [this, process] { read(process->readAllStandardOutput()); });
+        [this, process] { read(m_stdoutText, process->readAllStandardOutput()); });
     connect(process, &QProcess::readyReadStandardError, this,
-        [this, process] { read(process->readAllStandardError()); });
+        [this, process] { read(m_stderrText, process->readAllStandardError()); });
     connect(process, &QProcess::finished, this, [this](int status) {
         QTimer::singleShot(currentTiming().endDelay, this, [this, status] {
             // Output that comes later, from a grandchild holding the pipes, is not this run's.
             m_process->disconnect(this);
-            read(m_process->readAllStandardOutput());
-            read(m_process->readAllStandardError());
+            read(m_stdoutText, m_process->readAllStandardOutput());
+            read(m_stderrText, m_process->readAllStandardError());
             finishWhenDrained(status);
         });
     });
@@ -243,10 +245,11 @@ void EmulatorProcess::appendLines(const QStringList &lines)
     Q_EMIT linesChanged();
 }
 
-void EmulatorProcess::read(const QByteArray &bytes)
+void EmulatorProcess::read(QStringDecoder &decoder, const QByteArray &bytes)
 {
-    if (!bytes.isEmpty())
-        m_queue->push(QString::fromUtf8(bytes));
+    const QString text = decoder.decode(bytes);
+    if (!text.isEmpty())
+        m_queue->push(text);
 }
 
 void EmulatorProcess::startPolling()

@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QProcess>
+#include <QStringDecoder>
 #include <QVariant>
 #include <QtQml/qqmlregistration.h>
 
@@ -113,7 +114,7 @@ private:
     void startTimeline();
     void noteTime(std::optional<qint64> *mark = nullptr);
     void appendLines(const QStringList &lines);
-    void read(const QByteArray &bytes);
+    void read(QStringDecoder &decoder, const QByteArray &bytes);
     void startPolling();
     void cancelPolling();
     QCoro::Task<> poll(std::shared_ptr<bool> cancelled, QString serial);
@@ -130,6 +131,9 @@ private:
     // Set when the current boot poll is to end.
     std::shared_ptr<bool> m_pollCancelled;
     ChunkQueue *m_queue;
+    // A character whose bytes a read splits is held back until the rest of it comes.
+    QStringDecoder m_stdoutText {QStringDecoder::Utf8};
+    QStringDecoder m_stderrText {QStringDecoder::Utf8};
     QElapsedTimer m_launchClock;
     std::optional<qint64> m_sinceLaunch;
     std::optional<qint64> m_seenAfter;

@@ -33,8 +33,9 @@ Rectangle {
     property bool scrolledAway: false
     readonly property bool following: !hasSelection && !scrolledAway
 
-    // Tells the lines on screen where the selection is now.
-    readonly property string selection: anchorLine + ":" + anchorChar + ":" + cursorLine + ":" + cursorChar
+    // Tells the lines on screen where the selection is now. Made of the values the lines read, so it
+    // changes last, once they are all up to date.
+    readonly property string selection: hasSelection ? startLine + ":" + startChar + ":" + endLine + ":" + endChar : ""
     onSelectionChanged: {
         const items = list.contentItem.children
         for (let i = 0; i < items.length; ++i) {
@@ -176,68 +177,63 @@ Rectangle {
         onMovementStarted: box.scrolledAway = true
         onMovementEnded: noteUserScroll()
 
-        // A line holds no binding on the selection: during a flood lines are made and reused by the
-        // hundred, and each binding would be evaluated for each of them. The box tells the lines on screen
-        // when the selection moves, and a line taking another text asks again.
-        delegate: TextEdit {
+        // Lines are plain Text, the lightest item that wraps: during a flood they are made and reused by
+        // the hundred. Where a line needs the place of a character, the box's one editor lays that line out
+        // alone. A line holds no binding on the selection either; the box tells the lines on screen when
+        // the selection moves, and a line taking another row asks again.
+        delegate: Text {
             id: lineItem
             required property string line
             required property int index
+            // The part of this line that is selected.
+            property string selectedText: ""
+            property Item highlight: null
 
+            function rowHeight() {
+                return lineCount > 0 ? contentHeight / lineCount : height
+            }
+            function positionToRectangle(position) {
+                return box.characterRectangle(line, width, position, rowHeight())
+            }
+            function positionAt(x, y) {
+                return box.characterAt(line, width, x, Math.min(Math.floor(y / rowHeight()), lineCount - 1))
+            }
             function showSelection() {
                 const number = box.firstLine + index
                 if (!box.hasSelection || number < box.startLine || number > box.endLine) {
-                    deselect()
-                    lineBreak.visible = false
+                    selectedText = ""
+                    if (highlight)
+                        highlight.visible = false
                     return
                 }
-                select(number === box.startLine ? Math.min(box.startChar, line.length) : 0,
-                       number === box.endLine ? Math.min(box.endChar, line.length) : line.length)
+                const from = number === box.startLine ? Math.min(box.startChar, line.length) : 0
+                const to = number === box.endLine ? Math.min(box.endChar, line.length) : line.length
+                selectedText = line.substring(from, to)
+                if (!highlight)
+                    highlight = highlightComponent.createObject(lineItem)
                 // A selection that goes on past this line takes its line break: the highlight runs to the edge.
-                lineBreak.visible = number < box.endLine
-                if (lineBreak.visible) {
-                    const end = positionToRectangle(length)
-                    lineBreak.x = end.x
-                    lineBreak.y = end.y
-                    lineBreak.height = end.height
-                }
+                highlight.show(positionToRectangle(from), positionToRectangle(to), number < box.endLine)
+            }
+            function showSelectionLater() {
+                if (box.hasSelection || selectedText.length > 0 || (highlight && highlight.visible))
+                    Qt.callLater(showSelection)
             }
             Component.onCompleted: {
                 if (box.hasSelection)
                     showSelection()
             }
-            // Setting a new text drops the item's selection; it is shown again once the text has settled,
-            // not from inside the change.
-            onLineChanged: {
-                lineBreak.visible = false
-                if (box.hasSelection)
-                    Qt.callLater(showSelection)
-            }
-            onWidthChanged: {
-                if (lineBreak.visible)
-                    Qt.callLater(showSelection)
-            }
+            // A reused line shows its new row's part of the selection once its text has settled.
+            onLineChanged: showSelectionLater()
+            onIndexChanged: showSelectionLater()
+            onWidthChanged: showSelectionLater()
 
             width: ListView.view.width
             text: line
-            readOnly: true
-            selectByMouse: false
-            activeFocusOnPress: false
-            textFormat: TextEdit.PlainText
+            textFormat: Text.PlainText
             // Long words still break, but ordinary text wraps between words.
-            wrapMode: TextEdit.WrapAtWordBoundaryOrAnywhere
+            wrapMode: Text.WrapAtWordBoundaryOrAnywhere
             font: Style.monoCaption
             color: Style.text
-            selectionColor: Style.palette.highlight
-            selectedTextColor: Style.palette.highlightedText
-
-            Rectangle {
-                id: lineBreak
-                visible: false
-                width: lineItem.width - x
-                z: -1
-                color: Style.palette.highlight
-            }
         }
 
         // Follows the end once per frame, however many lines arrived for it: the list takes in the rows
@@ -265,6 +261,57 @@ Rectangle {
             const top = originY
             const bottom = Math.max(top, originY + contentHeight - height)
             contentY = Math.max(top, Math.min(bottom, contentY + dy))
+        }
+    }
+
+    // Lays out one line at a time where a line needs the place of a character: its rows are those of the
+    // line's own Text, which may space its rows differently, so rows are counted, not measured.
+    TextEdit {
+        id: layout
+        visible: false
+        textFormat: TextEdit.PlainText
+        wrapMode: TextEdit.WrapAtWordBoundaryOrAnywhere
+        font: Style.monoCaption
+    }
+    function layOut(text, width) {
+        layout.width = width
+        layout.text = text
+        return layout.lineCount > 0 ? layout.contentHeight / layout.lineCount : 1
+    }
+    function characterRectangle(text, width, position, rowHeight) {
+        const step = layOut(text, width)
+        const rect = layout.positionToRectangle(position)
+        return Qt.rect(rect.x, Math.round(rect.y / step) * rowHeight, rect.width, rowHeight)
+    }
+    function characterAt(text, width, x, row) {
+        const step = layOut(text, width)
+        return layout.positionAt(x, (Math.max(0, row) + 0.5) * step)
+    }
+
+    // The highlight of a selected line: the first row from where the selection starts, the rows between
+    // whole, and the last row up to where it ends.
+    Component {
+        id: highlightComponent
+        Item {
+            anchors.fill: parent
+            z: -1
+            function show(from, to, toEdge) {
+                const oneRow = from.y === to.y
+                first.x = from.x
+                first.y = from.y
+                first.height = from.height
+                first.width = (oneRow && !toEdge ? to.x : width) - from.x
+                middle.y = from.y + from.height
+                middle.height = Math.max(0, to.y - middle.y)
+                last.visible = !oneRow
+                last.y = to.y
+                last.height = to.height
+                last.width = toEdge ? width : to.x
+                visible = true
+            }
+            Rectangle { id: first; color: Style.selection }
+            Rectangle { id: middle; width: parent.width; color: Style.selection }
+            Rectangle { id: last; color: Style.selection }
         }
     }
 

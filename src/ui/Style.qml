@@ -35,4 +35,8 @@ QtObject {
     readonly property color terminal: dark ? Qt.rgba(0, 0, 0, 0.45) : Qt.rgba(0, 0, 0, 0.75)
     readonly property color terminalText: "#f2f2f2"
     readonly property color terminalPlaceholder: "#a0a0a0"
+    // Behind selected text that keeps its own colour. The Mac's highlight is made for that; a platform
+    // whose highlight expects light text on it gets a see-through one.
+    readonly property color selection: Qt.colorEqual(palette.highlightedText, palette.text)
+        ? palette.highlight : Qt.rgba(palette.highlight.r, palette.highlight.g, palette.highlight.b, 0.4)
 }

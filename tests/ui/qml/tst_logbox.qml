@@ -107,6 +107,7 @@ TolvaneTestCase {
         drag(log, at(log, [2998, 4]), at(log, [2999, 13]))
         const selected = "2998: " + fox + "\nold 2999: the"
         compare(copied(log), selected)
+        compare(log.list.itemAtIndex(2999).selectedText, "old 2999: the")
         const shownAt = log.list.itemAtIndex(2998).mapToItem(log.box, 0, 0).y
 
         sim.setBehaviour("more")
