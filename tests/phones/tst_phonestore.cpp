@@ -188,27 +188,6 @@ private Q_SLOTS:
         QTRY_VERIFY(!gone);
     }
 
-    // A phone starting or running holds its port; a stopped one holds none, even the port it had.
-    void portsOfRunningPhones()
-    {
-        for (const char *name : {"A", "B", "C", "D"})
-            m_sim->createPhone(QLatin1String(name));
-        PhoneStore store;
-        waitFor(store.refreshTask());
-        for (const char *name : {"A", "B", "C"})
-            store.start(QLatin1String(name), StartOptions {});
-        EmulatorProcess *c = store.runner(QStringLiteral("C"));
-        QCOMPARE(c->port(), 5558);
-        QTRY_COMPARE(store.runningRunners().size(), 3);
-        QVERIFY(
-            m_sim->adbCalls().contains(QStringLiteral("-s emulator-5556 shell getprop sys.boot_completed")));
-        waitFor(c->stopTask());
-        store.start(QStringLiteral("D"), StartOptions {});
-        QCOMPARE(store.runner(QStringLiteral("D"))->port(), 5558);
-        QTRY_COMPARE(store.runningRunners().size(), 3);
-        stopAll(store);
-    }
-
     // A running phone, and a phone with no emulator to start it, refuse to start; the message can be
     // dismissed.
     void startOnlyWhenStopped()
@@ -238,9 +217,11 @@ private Q_SLOTS:
         QCOMPARE(store.errorDetails(), QString());
     }
 
+    // A phone started elsewhere is left alone and holds its port, as do ours while they start or run; a
+    // stopped one holds none, even the port it had.
     void phoneStartedElsewhere()
     {
-        for (const char *name : {"A", "B"})
+        for (const char *name : {"A", "B", "C", "D"})
             m_sim->createPhone(QLatin1String(name));
         const QString serial = m_sim->startPhone(QStringLiteral("A"));
         PhoneStore store;
@@ -249,17 +230,24 @@ private Q_SLOTS:
         const QVariantMap a {{"name", "A"}, {"serial", serial}};
         QCOMPARE(store.runningTargets(), QVariantList {a});
 
-        // Ours are left alone: A cannot start a second time, and B skips the port A holds.
-        store.start(QStringLiteral("A"), StartOptions {});
+        // A cannot start a second time; B and C skip the port A holds.
+        for (const char *name : {"A", "B", "C"})
+            store.start(QLatin1String(name), StartOptions {});
         QCOMPARE(store.runner(QStringLiteral("A"))->state(), State::Stopped);
-        store.start(QStringLiteral("B"), StartOptions {});
-        EmulatorProcess *b = store.runner(QStringLiteral("B"));
-        QCOMPARE(b->port(), 5556);
-        QTRY_COMPARE(b->state(), State::Running);
+        EmulatorProcess *c = store.runner(QStringLiteral("C"));
+        QCOMPARE(c->port(), 5558);
+        QTRY_COMPARE(store.runningRunners().size(), 2);
+        QVERIFY(
+            m_sim->adbCalls().contains(QStringLiteral("-s emulator-5558 shell getprop sys.boot_completed")));
+        waitFor(c->stopTask());
+        store.start(QStringLiteral("D"), StartOptions {});
+        QCOMPARE(store.runner(QStringLiteral("D"))->port(), 5558);
+        QTRY_COMPARE(store.runningRunners().size(), 2);
         waitFor(store.refreshTask());
         QVERIFY(!m_sim->adbCalls().contains(QStringLiteral("-s emulator-5556 emu avd name")));
-        const QVariantMap bTarget {{"name", "B"}, {"serial", "emulator-5556"}};
-        QCOMPARE(store.runningTargets(), (QVariantList {a, bTarget}));
+        const QVariantMap b {{"name", "B"}, {"serial", "emulator-5556"}};
+        const QVariantMap d {{"name", "D"}, {"serial", "emulator-5558"}};
+        QCOMPARE(store.runningTargets(), (QVariantList {a, b, d}));
 
         // Rounds long enough for the emulator to go even on a busy machine; the wait ends once it has.
         EmulatorProcess::Timing patient = EmulatorProcess::timing();
@@ -268,7 +256,7 @@ private Q_SLOTS:
         waitFor(store.stopElsewhereTask(QStringLiteral("A")));
         QVERIFY(store.elsewhere().isEmpty());
         QVERIFY(store.stoppingElsewhere().isEmpty());
-        QCOMPARE(m_sim->runningEmulators(), QStringList {"emulator-5556"});
+        QCOMPARE(m_sim->runningEmulators(), (QStringList {"emulator-5556", "emulator-5558"}));
         QCOMPARE(store.errorSummary(), std::nullopt);
         stopAll(store);
     }
