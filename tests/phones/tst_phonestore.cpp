@@ -465,8 +465,9 @@ private Q_SLOTS:
             (QList<double> {20.0, 180.0, 60.0, 20.0}));
     }
 
-    void createFailures_data()
+    void avdManagerFailures_data()
     {
+        // script: answers the creation; empty for a deletion of a phone avdmanager does not know
         columns<QByteArray, QString>("script", "message");
 
         QTest::newRow("status 1 with text")
@@ -476,36 +477,34 @@ private Q_SLOTS:
         QTest::newRow("status 1 without output")
             << QByteArray("exit 1") << "The command exited with status 1.";
         QTest::newRow("time-out") << QByteArray("exec sleep 10") << "The command did not finish in time.";
+        QTest::newRow("unknown phone deleted")
+            << QByteArray() << "Error: There is no Android Virtual Device named 'Pixel_7_API_34'.\n";
     }
 
-    void createFailures()
+    void avdManagerFailures()
     {
         auto [script, message] = row<QByteArray, QString>("script", "message");
 
         PhoneStore::setTimeouts({.create = 0.5});
-        answer(QStringLiteral("avdmanager"), QStringLiteral("create avd"), script);
-        PhoneStore store;
-        QSignalSpy phones(&store, &PhoneStore::phonesChanged);
-        QCOMPARE(waitFor(store.createPhoneTask(pixel7, pixel7Device, image34)), message);
-        QCOMPARE(store.errorSummary(), QStringLiteral("Creating Pixel_7_API_34 failed."));
-        QCOMPARE(store.errorDetails(), message);
-        QCOMPARE(phones.count(), 0);
-    }
-
-    void deleteUnknownPhone()
-    {
         m_sim->createPhone(QStringLiteral("A"));
+        const bool creating = !script.isEmpty();
+        if (creating)
+            answer(QStringLiteral("avdmanager"), QStringLiteral("create avd"), script);
         PhoneStore store;
-        const QPointer<EmulatorProcess> ghost = store.runner(QStringLiteral("Ghost"));
+        const QPointer<EmulatorProcess> ghost = store.runner(pixel7);
         QSignalSpy phones(&store, &PhoneStore::phonesChanged);
-        waitFor(store.deletePhoneTask(QStringLiteral("Ghost")));
-        QCOMPARE(store.errorSummary(), QStringLiteral("Deleting Ghost failed."));
-        QCOMPARE(store.errorDetails(),
-            QStringLiteral("Error: There is no Android Virtual Device named 'Ghost'.\n"));
-        QCOMPARE(phones.count(), 1);
-        QCOMPARE(names(store.phones()), QStringList {"A"});
-        QCOMPARE(store.allRunners(), QList<EmulatorProcess *> {store.runner(QStringLiteral("A"))});
-        QTRY_VERIFY(!ghost);
+        if (creating)
+            QCOMPARE(waitFor(store.createPhoneTask(pixel7, pixel7Device, image34)), message);
+        else
+            waitFor(store.deletePhoneTask(pixel7));
+        QCOMPARE(store.errorSummary(),
+            (creating ? QStringLiteral("Creating %1 failed.") : QStringLiteral("Deleting %1 failed."))
+                .arg(pixel7));
+        QCOMPARE(store.errorDetails(), message);
+        // A failed deletion lists the phones again, which drops the runner of a phone no longer listed.
+        QCOMPARE(names(store.phones()), creating ? QStringList {} : QStringList {"A"});
+        QCOMPARE(phones.count(), creating ? 0 : 1);
+        QTRY_COMPARE(bool(ghost), creating);
     }
 
     void deletingWhileAwaitsAreInFlight()
