@@ -146,27 +146,44 @@ private Q_SLOTS:
         QCOMPARE(timing.slowBootAfter, 180000ms);
     }
 
+    // The time so far moves on with the poll rounds; booting past the limit makes the hint due until the boot
+    // completes.
     void startBootAndStopWithTheRealWaits()
     {
-        EmulatorProcess::setTiming({});
-        // adb sees the phone after half a second and it boots a second later: within the first two seconds.
-        m_sim->setTimeScale(0.15);
+        EmulatorProcess::Timing timing;
+        timing.slowBootAfter = 1000ms;
+        EmulatorProcess::setTiming(timing);
+        // adb sees the phone after about 0.8 s and it boots 1.5 s later: seen by the second round, booted by
+        // the third.
+        m_sim->setTimeScale(0.25);
         const auto quick = qScopeGuard([this] { m_sim->setTimeScale(0.02); });
         EmulatorProcess phone(phoneName);
         const StateLog states(phone);
         QSignalSpy changes(&phone, &EmulatorProcess::changed);
+        QSignalSpy timeline(&phone, &EmulatorProcess::timelineChanged);
 
         phone.start(emulator(), 5554, StartOptions {});
         QCOMPARE(phone.state(), State::Starting);
         QCOMPARE(phone.lines().first(), commandLine);
+        QCOMPARE(phone.property("secondsSoFar"), QVariant(qint64(0)));
+        QVERIFY(!phone.slowBoot());
+        QTRY_VERIFY_WITH_TIMEOUT(phone.slowBoot(), 10000);
+        QCOMPARE(phone.property("secondsSoFar").toLongLong(), (*phone.sinceLaunch() + 500) / 1000);
         QTRY_COMPARE_WITH_TIMEOUT(phone.state(), State::Running, 10000);
+        QVERIFY(!phone.slowBoot());
+        QVERIFY2(timeline.count() >= 4, qPrintable(QString::number(timeline.count())));
+        const qint64 seen = *phone.seenAfter();
+        const qint64 booted = *phone.bootedAfter();
+        QVERIFY2(seen >= 1900 && booted >= 3900, qPrintable(QStringLiteral("%1 %2").arg(seen).arg(booted)));
+        QCOMPARE(phone.lines().filter(QStringLiteral("Booted in")),
+            QStringList {QStringLiteral("Booted in %1 s; adb saw it after %2 s.")
+                             .arg((booted + 500) / 1000)
+                             .arg((seen + 500) / 1000)});
         QTRY_VERIFY(phone.lines().contains(bootCompleted));
         QCOMPARE(
             phone.lineModel()->textBetween(0, 0, INT64_MAX, INT_MAX), phone.lines().join(QLatin1Char('\n')));
         QVERIFY(changes.count() > states.names.size());
-        // The first round came before adb saw the phone, the next one two seconds
-        // later saw it boot.
-        QCOMPARE(m_sim->adbCalls(), (QStringList {getState, getState, getBoot}));
+        QCOMPARE(m_sim->adbCalls(), (QStringList {getState, getState, getBoot, getState, getBoot}));
 
         QCoro::waitFor(phone.stopTask());
         QCOMPARE(states.names, (QStringList {"Starting", "Booting", "Running", "Stopping", "Stopped"}));
@@ -190,9 +207,13 @@ private Q_SLOTS:
                                             << QStringList {"Starting", "Stopped"}
                                             << "The emulator exited with status 1.\n\n" + commandLine
                 + "\nPANIC: Missing emulator engine program";
+        // A line in two pieces, blank lines, a line with leading white space, and an unfinished last line.
         QTest::newRow("status 3 while starting")
-            << "at_start() { sleep 0.2; " + printLines(20) + "; exit 3; }"
-            << QStringList {"Starting", "Stopped"} << "The emulator exited with status 3.\n\n" + lastLines;
+            << QByteArray(
+                   "at_start() { printf 'first'; sleep 0.5; printf ' half\\n\\n   \\r\\n\\tindented\\n'; "
+                   "printf 'no end'; exit 3; }")
+            << QStringList {"Starting", "Stopped"}
+            << "The emulator exited with status 3.\n\n" + commandLine + "\nfirst half\n\tindented\nno end";
         QTest::newRow("status 2 while booting")
             << "after_visible() { sleep 1; " + printLines(20) + "; exit 2; }"
             << QStringList {"Starting", "Booting", "Stopped"}
@@ -285,25 +306,10 @@ private Q_SLOTS:
             QTRY_COMPARE(phone.state(), State::Running);
         }
 
-        QCoro::waitFor(phone.stopTask());
-        QTRY_COMPARE(phone.state(), State::Stopped);
-        QCOMPARE(states.names.mid(states.names.size() - 3),
-            (QStringList {missing ? "Starting" : "Running", "Stopping", "Stopped"}));
-        QCOMPARE(phone.failure(), failure.isEmpty() ? std::nullopt : std::optional(failure));
-        QCOMPARE(phone.lines().mid(phone.lines().size() - lastLines.size()), lastLines);
-    }
-
-    // Start while running, and stop or start while stopping, change nothing.
-    void startAndStopOnlyWhenTheyMayChangeSomething()
-    {
-        script(QStringLiteral("adb"), "[ \"$3 $4\" = 'emu kill' ] && sleep 0.3");
-        EmulatorProcess phone(phoneName);
-        phone.start(emulator(), 5554, StartOptions {});
-        QTRY_COMPARE(phone.state(), State::Running);
+        // Start while it runs, and stop or start while it stops, change nothing.
         QSignalSpy changes(&phone, &EmulatorProcess::changed);
         phone.start(emulator(), 5556, StartOptions {});
         QCOMPARE(changes.count(), 0);
-
         auto stopping = phone.stopTask();
         QCOMPARE(phone.state(), State::Stopping);
         changes.clear();
@@ -313,12 +319,13 @@ private Q_SLOTS:
         QCOMPARE(changes.count(), 0);
         QCOMPARE(phone.port(), 5554);
         QCOMPARE(phone.lines(), lines);
-
         QCoro::waitFor(std::move(stopping));
         QTRY_COMPARE(phone.state(), State::Stopped);
-        QCOMPARE(m_sim->adbCalls().count(QStringLiteral("-s emulator-5554 emu kill")), 1);
-        phone.stop();
-        QCOMPARE(phone.state(), State::Stopped);
+        QCOMPARE(m_sim->adbCalls().count(QStringLiteral("-s emulator-5554 emu kill")), missing ? 0 : 1);
+        QCOMPARE(states.names.mid(states.names.size() - 3),
+            (QStringList {missing ? "Starting" : "Running", "Stopping", "Stopped"}));
+        QCOMPARE(phone.failure(), failure.isEmpty() ? std::nullopt : std::optional(failure));
+        QCOMPARE(phone.lines().mid(phone.lines().size() - lastLines.size()), lastLines);
     }
 
     // A poll asleep when Stop comes asks adb nothing more, even once the phone starts again.
@@ -345,22 +352,6 @@ private Q_SLOTS:
         QCOMPARE(calls.mid(killed).filter(QStringLiteral("emulator-5554")),
             QStringList {QStringLiteral("-s emulator-5554 emu kill")});
         QCoro::waitFor(phone.stopTask());
-    }
-
-    void outputBecomesLines()
-    {
-        // A line in two pieces, blank lines, a line with leading white space, and
-        // an unfinished last line.
-        script(QStringLiteral("emulator"),
-            "at_start() { printf 'first'; sleep 0.5; printf ' half\\n\\n   "
-            "\\r\\n\\tindented\\n'; "
-            "printf 'no end'; exit 0; }");
-        EmulatorProcess phone(phoneName);
-        phone.start(emulator(), 5554, StartOptions {});
-        QTest::qWait(250);
-        QCOMPARE(phone.lines(), QStringList {commandLine});
-        QTRY_COMPARE(phone.state(), State::Stopped);
-        QCOMPARE(phone.lines(), (QStringList {commandLine, "first half", "\tindented", "no end"}));
     }
 
     // How many lines stay once one drain has brought the log to a count.
@@ -435,37 +426,6 @@ private Q_SLOTS:
         QCOMPARE(states.names, (QStringList {"Starting", "Booting", "Running"}));
         QVERIFY(m_sim->adbCalls().count(call) >= 3);
         QCOMPARE(phone.failure(), std::nullopt);
-    }
-
-    // The time so far moves on with the poll rounds; booting past the limit makes the hint due until the boot
-    // completes.
-    void bootTimeline()
-    {
-        EmulatorProcess::Timing timing = quickTiming();
-        timing.slowBootAfter = 1000ms;
-        EmulatorProcess::setTiming(timing);
-        // adb sees the phone after about 0.8 s and it boots 1.5 s later.
-        m_sim->setTimeScale(0.25);
-        const auto quick = qScopeGuard([this] { m_sim->setTimeScale(0.02); });
-        EmulatorProcess phone(phoneName);
-        QSignalSpy timeline(&phone, &EmulatorProcess::timelineChanged);
-        phone.start(emulator(), 5554, StartOptions {});
-        QCOMPARE(phone.property("secondsSoFar"), QVariant(qint64(0)));
-        QVERIFY(!phone.slowBoot());
-        QTRY_VERIFY(phone.slowBoot());
-        QVERIFY2(timeline.count() >= 4, qPrintable(QString::number(timeline.count())));
-        QCOMPARE(phone.property("secondsSoFar").toLongLong(), (*phone.sinceLaunch() + 500) / 1000);
-
-        QTRY_COMPARE(phone.state(), State::Running);
-        QVERIFY(!phone.slowBoot());
-        const qint64 seen = *phone.seenAfter();
-        const qint64 booted = *phone.bootedAfter();
-        QVERIFY2(seen >= 700 && booted >= 2200 && booted > seen,
-            qPrintable(QStringLiteral("%1 %2").arg(seen).arg(booted)));
-        QCOMPARE(phone.lines().filter(QStringLiteral("Booted in")),
-            QStringList {QStringLiteral("Booted in %1 s; adb saw it after %2 s.")
-                             .arg((booted + 500) / 1000)
-                             .arg((seen + 500) / 1000)});
     }
 
     // A dropped runner leaves its emulator running, and reads what it still prints without keeping it.

@@ -188,59 +188,11 @@ private Q_SLOTS:
         QTRY_VERIFY(!gone);
     }
 
-    // A phone starting or running holds its port; a stopped one holds none, even the port it had.
-    void portsOfRunningPhones()
-    {
-        for (const char *name : {"A", "B", "C", "D"})
-            m_sim->createPhone(QLatin1String(name));
-        PhoneStore store;
-        waitFor(store.refreshTask());
-        for (const char *name : {"A", "B", "C"})
-            store.start(QLatin1String(name), StartOptions {});
-        EmulatorProcess *c = store.runner(QStringLiteral("C"));
-        QCOMPARE(c->port(), 5558);
-        QTRY_COMPARE(store.runningRunners().size(), 3);
-        QVERIFY(
-            m_sim->adbCalls().contains(QStringLiteral("-s emulator-5556 shell getprop sys.boot_completed")));
-        waitFor(c->stopTask());
-        store.start(QStringLiteral("D"), StartOptions {});
-        QCOMPARE(store.runner(QStringLiteral("D"))->port(), 5558);
-        QTRY_COMPARE(store.runningRunners().size(), 3);
-        stopAll(store);
-    }
-
-    // A running phone, and a phone with no emulator to start it, refuse to start; the message can be
-    // dismissed.
-    void startOnlyWhenStopped()
-    {
-        m_sim->setBehaviour(QStringLiteral("emulator.never-boot"));
-        m_sim->createPhone(pixel7);
-        PhoneStore store;
-        store.start(pixel7, StartOptions {});
-        EmulatorProcess *phone = store.runner(pixel7);
-        QTRY_COMPARE(phone->state(), State::Booting);
-
-        // Neither a second emulator nor the emulator check: not even a missing emulator is reported.
-        QFile::remove(*AndroidTools::emulatorPath());
-        QSignalSpy changes(&store, &PhoneStore::changed);
-        store.start(pixel7, StartOptions {});
-        QCOMPARE(changes.count(), 0);
-
-        waitFor(phone->stopTask());
-        QTRY_COMPARE(phone->state(), State::Stopped);
-        store.start(pixel7, StartOptions {});
-        QCOMPARE(store.errorSummary(), QStringLiteral("The emulator is not installed."));
-        QCOMPARE(store.errorDetails(), QStringLiteral("Install the emulator on the Setup tab first."));
-        QCOMPARE(phone->state(), State::Stopped);
-
-        store.dismissError();
-        QCOMPARE(store.property("errorSummary"), QVariant());
-        QCOMPARE(store.errorDetails(), QString());
-    }
-
+    // A phone started elsewhere is left alone and holds its port, as do ours while they start or run; a
+    // stopped one holds none, even the port it had.
     void phoneStartedElsewhere()
     {
-        for (const char *name : {"A", "B"})
+        for (const char *name : {"A", "B", "C", "D"})
             m_sim->createPhone(QLatin1String(name));
         const QString serial = m_sim->startPhone(QStringLiteral("A"));
         PhoneStore store;
@@ -249,17 +201,24 @@ private Q_SLOTS:
         const QVariantMap a {{"name", "A"}, {"serial", serial}};
         QCOMPARE(store.runningTargets(), QVariantList {a});
 
-        // Ours are left alone: A cannot start a second time, and B skips the port A holds.
-        store.start(QStringLiteral("A"), StartOptions {});
+        // A cannot start a second time; B and C skip the port A holds.
+        for (const char *name : {"A", "B", "C"})
+            store.start(QLatin1String(name), StartOptions {});
         QCOMPARE(store.runner(QStringLiteral("A"))->state(), State::Stopped);
-        store.start(QStringLiteral("B"), StartOptions {});
-        EmulatorProcess *b = store.runner(QStringLiteral("B"));
-        QCOMPARE(b->port(), 5556);
-        QTRY_COMPARE(b->state(), State::Running);
+        EmulatorProcess *c = store.runner(QStringLiteral("C"));
+        QCOMPARE(c->port(), 5558);
+        QTRY_COMPARE(store.runningRunners().size(), 2);
+        QVERIFY(
+            m_sim->adbCalls().contains(QStringLiteral("-s emulator-5558 shell getprop sys.boot_completed")));
+        waitFor(c->stopTask());
+        store.start(QStringLiteral("D"), StartOptions {});
+        QCOMPARE(store.runner(QStringLiteral("D"))->port(), 5558);
+        QTRY_COMPARE(store.runningRunners().size(), 2);
         waitFor(store.refreshTask());
         QVERIFY(!m_sim->adbCalls().contains(QStringLiteral("-s emulator-5556 emu avd name")));
-        const QVariantMap bTarget {{"name", "B"}, {"serial", "emulator-5556"}};
-        QCOMPARE(store.runningTargets(), (QVariantList {a, bTarget}));
+        const QVariantMap b {{"name", "B"}, {"serial", "emulator-5556"}};
+        const QVariantMap d {{"name", "D"}, {"serial", "emulator-5558"}};
+        QCOMPARE(store.runningTargets(), (QVariantList {a, b, d}));
 
         // Rounds long enough for the emulator to go even on a busy machine; the wait ends once it has.
         EmulatorProcess::Timing patient = EmulatorProcess::timing();
@@ -268,8 +227,22 @@ private Q_SLOTS:
         waitFor(store.stopElsewhereTask(QStringLiteral("A")));
         QVERIFY(store.elsewhere().isEmpty());
         QVERIFY(store.stoppingElsewhere().isEmpty());
-        QCOMPARE(m_sim->runningEmulators(), QStringList {"emulator-5556"});
+        QCOMPARE(m_sim->runningEmulators(), (QStringList {"emulator-5556", "emulator-5558"}));
         QCOMPARE(store.errorSummary(), std::nullopt);
+
+        // A running phone refuses to start before the emulator is looked for; a stopped one without it is
+        // told why, in a message that can be dismissed.
+        QFile::remove(*AndroidTools::emulatorPath());
+        QSignalSpy changes(&store, &PhoneStore::changed);
+        store.start(QStringLiteral("B"), StartOptions {});
+        QCOMPARE(changes.count(), 0);
+        store.start(QStringLiteral("C"), StartOptions {});
+        QCOMPARE(store.errorSummary(), QStringLiteral("The emulator is not installed."));
+        QCOMPARE(store.errorDetails(), QStringLiteral("Install the emulator on the Setup tab first."));
+        QCOMPARE(c->state(), State::Stopped);
+        store.dismissError();
+        QCOMPARE(store.property("errorSummary"), QVariant());
+        QCOMPARE(store.errorDetails(), QString());
         stopAll(store);
     }
 
@@ -477,8 +450,9 @@ private Q_SLOTS:
             (QList<double> {20.0, 180.0, 60.0, 20.0}));
     }
 
-    void createFailures_data()
+    void avdManagerFailures_data()
     {
+        // script: answers the creation; empty for a deletion of a phone avdmanager does not know
         columns<QByteArray, QString>("script", "message");
 
         QTest::newRow("status 1 with text")
@@ -488,36 +462,34 @@ private Q_SLOTS:
         QTest::newRow("status 1 without output")
             << QByteArray("exit 1") << "The command exited with status 1.";
         QTest::newRow("time-out") << QByteArray("exec sleep 10") << "The command did not finish in time.";
+        QTest::newRow("unknown phone deleted")
+            << QByteArray() << "Error: There is no Android Virtual Device named 'Pixel_7_API_34'.\n";
     }
 
-    void createFailures()
+    void avdManagerFailures()
     {
         auto [script, message] = row<QByteArray, QString>("script", "message");
 
         PhoneStore::setTimeouts({.create = 0.5});
-        answer(QStringLiteral("avdmanager"), QStringLiteral("create avd"), script);
-        PhoneStore store;
-        QSignalSpy phones(&store, &PhoneStore::phonesChanged);
-        QCOMPARE(waitFor(store.createPhoneTask(pixel7, pixel7Device, image34)), message);
-        QCOMPARE(store.errorSummary(), QStringLiteral("Creating Pixel_7_API_34 failed."));
-        QCOMPARE(store.errorDetails(), message);
-        QCOMPARE(phones.count(), 0);
-    }
-
-    void deleteUnknownPhone()
-    {
         m_sim->createPhone(QStringLiteral("A"));
+        const bool creating = !script.isEmpty();
+        if (creating)
+            answer(QStringLiteral("avdmanager"), QStringLiteral("create avd"), script);
         PhoneStore store;
-        const QPointer<EmulatorProcess> ghost = store.runner(QStringLiteral("Ghost"));
+        const QPointer<EmulatorProcess> ghost = store.runner(pixel7);
         QSignalSpy phones(&store, &PhoneStore::phonesChanged);
-        waitFor(store.deletePhoneTask(QStringLiteral("Ghost")));
-        QCOMPARE(store.errorSummary(), QStringLiteral("Deleting Ghost failed."));
-        QCOMPARE(store.errorDetails(),
-            QStringLiteral("Error: There is no Android Virtual Device named 'Ghost'.\n"));
-        QCOMPARE(phones.count(), 1);
-        QCOMPARE(names(store.phones()), QStringList {"A"});
-        QCOMPARE(store.allRunners(), QList<EmulatorProcess *> {store.runner(QStringLiteral("A"))});
-        QTRY_VERIFY(!ghost);
+        if (creating)
+            QCOMPARE(waitFor(store.createPhoneTask(pixel7, pixel7Device, image34)), message);
+        else
+            waitFor(store.deletePhoneTask(pixel7));
+        QCOMPARE(store.errorSummary(),
+            (creating ? QStringLiteral("Creating %1 failed.") : QStringLiteral("Deleting %1 failed."))
+                .arg(pixel7));
+        QCOMPARE(store.errorDetails(), message);
+        // A failed deletion lists the phones again, which drops the runner of a phone no longer listed.
+        QCOMPARE(names(store.phones()), creating ? QStringList {} : QStringList {"A"});
+        QCOMPARE(phones.count(), creating ? 0 : 1);
+        QTRY_COMPARE(bool(ghost), creating);
     }
 
     void deletingWhileAwaitsAreInFlight()
