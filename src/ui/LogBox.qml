@@ -91,6 +91,10 @@ Rectangle {
         const item = list.itemAtIndex(row)
         return { line: firstLine + row, column: item ? item.positionAt(x + list.contentX - item.x, contentY - item.y) : 0 }
     }
+    function holds(at) {
+        return hasSelection && (at.line > startLine || (at.line === startLine && at.column >= startChar))
+            && (at.line < endLine || (at.line === endLine && at.column <= endChar))
+    }
     function lineText(line) {
         return lines.textBetween(line, 0, line, lineEnd)
     }
@@ -336,11 +340,14 @@ Rectangle {
 
         onPressed: event => {
             box.forceActiveFocus()
+            const at = box.positionAt(event.x, event.y)
             if (event.button === Qt.RightButton) {
+                // As in a Mac text view: outside the selection, the word under the pointer is selected.
+                if (at && !box.holds(at))
+                    box.selectWord(at)
                 menu.popup()
                 return
             }
-            const at = box.positionAt(event.x, event.y)
             if (!at)
                 return
             if (Date.now() - lastDoubleClick < Qt.styleHints.mouseDoubleClickInterval) {

@@ -43,16 +43,18 @@ TolvaneTestCase {
         wait(100)
         mouseRelease(log.mouse, to.x, to.y)
     }
-    function menuItem(log, index) {
-        mouseClick(log.mouse, 5, 5, Qt.RightButton)
+    // Right-clicks a character of a row and takes an item of the menu.
+    function menuItem(log, index, cell) {
+        const point = at(log, cell)
+        mouseClick(log.mouse, point.x, point.y, Qt.RightButton)
         const menu = findChild(log.box, "logMenu")
         tryVerify(() => menu.opened)
         mouseClick(menu.itemAt(index))
         tryVerify(() => !menu.visible)
     }
-    function copied(log, byMenu) {
+    function copied(log, menuAt) {
         TolvaneApp.copyToClipboard("")
-        byMenu ? menuItem(log, 0) : keySequence(StandardKey.Copy)
+        menuAt ? menuItem(log, 0, menuAt) : keySequence(StandardKey.Copy)
         return sim.clipboardText()
     }
 
@@ -66,7 +68,8 @@ TolvaneTestCase {
         const three = fox + "\nrow 38: " + fox + "\nrow 39:"
         return [
             { tag: "drag down", drag: [[37, 8], [39, 7]], text: three },
-            { tag: "drag up, copied from the menu", drag: [[39, 7], [37, 8]], text: three, menuCopy: true },
+            { tag: "drag up, copied from the menu", drag: [[39, 7], [37, 8]], text: three, menuCopy: [38, 9] },
+            { tag: "right-click takes the word under it", menuCopy: [38, 14], text: "quick" },
             { tag: "drag past the end", drag: [[38, 8], [40, 8]], below: 30, text: fox + "\nrow 39: " + fox + "\nrow 40: " + fox },
             { tag: "shift-click extends", drag: [[37, 8], [37, 8]], shift: [38, 11], text: fox + "\nrow 38: the" },
             { tag: "double-click takes a word", clicks: 2, text: "quick" },
@@ -94,7 +97,7 @@ TolvaneTestCase {
             mouseClick(log.mouse, 5, 5)
             keySequence(StandardKey.SelectAll)
         } else if (data.all === "menu") {
-            menuItem(log, 1)
+            menuItem(log, 1, [38, 14])
         }
         compare(copied(log, data.menuCopy), data.text !== undefined ? data.text : log.runner.lines.join("\n"))
     }
