@@ -202,11 +202,13 @@ private Q_SLOTS:
         for (int i = 6; i <= 20; ++i)
             last.append(QStringLiteral("line %1").arg(i));
         const QString lastLines = last.join(QLatin1Char('\n'));
+        // The path's "é" comes in two reads.
         QTest::newRow("status 1 at launch") << QByteArray(
-            "at_start() { sleep 0.2; echo 'PANIC: Missing emulator engine program' >&2; exit 1; }")
+            "at_start() { sleep 0.2; printf 'PANIC: Missing emulator engine program for /Users/\\303' >&2; "
+            "sleep 0.2; printf '\\251mile\\n' >&2; exit 1; }")
                                             << QStringList {"Starting", "Stopped"}
                                             << "The emulator exited with status 1.\n\n" + commandLine
-                + "\nPANIC: Missing emulator engine program";
+                + QStringLiteral("\nPANIC: Missing emulator engine program for /Users/émile");
         // A line in two pieces, blank lines, a line with leading white space, and an unfinished last line.
         QTest::newRow("status 3 while starting")
             << QByteArray(
