@@ -9,7 +9,7 @@
 struct ProcessResult
 {
     int status = -1; // exit code, or the signal number of a child ended by a signal; -1 when nothing ran
-    QString text; // both streams, each decoded as a stream of its own, in the order read
+    QString text; // both streams, each read decoded on its own, in the order read
     QByteArray stdoutData; // standard output only, byte for byte
     bool timedOut = false;
     bool cancelled = false;

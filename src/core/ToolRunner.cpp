@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QProcess>
-#include <QStringDecoder>
 #include <QTimer>
 
 #include <cerrno>
@@ -46,6 +45,22 @@ void appendBytes(QByteArray &to, const QByteArray &bytes)
     const qsizetype held = to.size();
     to.resize(held + bytes.size());
     std::memcpy(to.data() + held, bytes.constData(), size_t(bytes.size()));
+}
+
+// Output is handed on in slices of at most this size. A whole read can be as large as the pipe, and the
+// text of one that large is allocated afresh from the system every time; slices this small reuse the
+// memory the previous ones left.
+constexpr qint64 sliceBytes = 16 * 1024;
+
+// The next slice of the channel being read, extended to the end of a character it would otherwise cut
+// (at most three more bytes), so that slicing never changes the decoded text.
+QByteArray nextSlice(QProcess &process)
+{
+    QByteArray bytes = process.read(sliceBytes);
+    char next = 0;
+    for (int more = 0; more < 3 && process.peek(&next, 1) == 1 && (uchar(next) & 0xC0) == 0x80; ++more)
+        bytes += process.read(1);
+    return bytes;
 }
 
 // The error of opening as many descriptors as a run needs for its pipes, or 0 when that works.
@@ -102,25 +117,27 @@ QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironme
     if (!input)
         process.setStandardInputFile(QProcess::nullDevice());
 
-    // A character whose bytes a read splits is held back until the rest of it comes.
-    QStringDecoder stdoutText(QStringDecoder::Utf8);
-    QStringDecoder stderrText(QStringDecoder::Utf8);
+    // Each read is decoded on its own, so a character whose bytes two reads split stands as replacement
+    // characters in the text; the exact bytes of standard output are in stdoutData.
     const auto collect = [&](QByteArray bytes, bool isStdout) {
         if (bytes.isEmpty())
             return;
         if (isStdout)
             appendBytes(result.stdoutData, bytes);
-        const QString chunk = (isStdout ? stdoutText : stderrText).decode(bytes);
-        if (chunk.isEmpty())
-            return;
+        const QString chunk = QString::fromUtf8(bytes);
         result.text += chunk;
         if (onOutput)
             onOutput(chunk);
     };
+    const auto readChannel = [&](QProcess::ProcessChannel channel) {
+        process.setReadChannel(channel);
+        while (process.bytesAvailable() > 0)
+            collect(nextSlice(process), channel == QProcess::StandardOutput);
+    };
     QObject::connect(&process, &QProcess::readyReadStandardOutput, &process,
-        [&] { collect(process.readAllStandardOutput(), true); });
-    QObject::connect(&process, &QProcess::readyReadStandardError, &process,
-        [&] { collect(process.readAllStandardError(), false); });
+        [&] { readChannel(QProcess::StandardOutput); });
+    QObject::connect(
+        &process, &QProcess::readyReadStandardError, &process, [&] { readChannel(QProcess::StandardError); });
     bool failedToStart = false;
     QObject::connect(&process, &QProcess::errorOccurred, &process, [&](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart)
@@ -162,8 +179,8 @@ QCoro::Task<ProcessResult> run(QString tool, QStringList args, QProcessEnvironme
     deadline.stop();
     // Whatever the child left in the pipes before it ended belongs to the run; a grandchild's later output
     // does not.
-    collect(process.readAllStandardOutput(), true);
-    collect(process.readAllStandardError(), false);
+    readChannel(QProcess::StandardOutput);
+    readChannel(QProcess::StandardError);
     result.status = process.exitCode();
     result.cancelled = job && job->isCancelled();
     co_return result;

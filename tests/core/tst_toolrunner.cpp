@@ -57,9 +57,11 @@ private Q_SLOTS:
         QTest::newRow("invalid UTF-8") << "printf '\\377ok'" << 0.0 << "" << 0 << QStringLiteral("\uFFFDok")
                                        << QByteArray("\xffok") << exited.arg(0);
         QTest::newRow("a character split between reads")
-            << "printf '\\303'; sleep 0.2; printf '\\251\\n'; printf '\\342' >&2; sleep 0.2; printf "
-               "'\\202\\254' >&2"
-            << 0.0 << "" << 0 << QStringLiteral("é\n€") << QByteArray("é\n") << exited.arg(0);
+            << "printf '\\303'; sleep 0.2; printf '\\251'" << 0.0 << "" << 0 << QStringLiteral("\uFFFD\uFFFD")
+            << QByteArray("é") << exited.arg(0);
+        QTest::newRow("one read of 7000 three-byte characters")
+            << "f=$(mktemp); awk 'BEGIN { for (i = 0; i < 7000; i++) printf \"€\" }' >$f; cat $f; rm $f"
+            << 0.0 << "" << 0 << QString(7000, u'€') << QString(7000, u'€').toUtf8() << exited.arg(0);
         QTest::newRow("ended by a signal")
             << "kill -TERM $$; sleep 5" << 0.0 << "" << 15 << "" << QByteArray() << exited.arg(15);
         QTest::newRow("time-out") << "echo begun; exec sleep 10" << 0.5 << "" << 15 << "begun\n"
