@@ -87,14 +87,22 @@ Rectangle {
         }
     }
 
-    ConfirmDialog {
+    // Made when first asked for: most hints never offer it.
+    Loader {
         id: reinstallDialog
-        objectName: "reinstallDialog"
-        readonly property string fileName: hint.explained.path !== undefined
-                                           ? hint.explained.path.substring(hint.explained.path.lastIndexOf("/") + 1) : ""
-        title: "Uninstall " + (hint.explained.package !== undefined ? hint.explained.package : "") + "?"
-        message: "The installed app and all its data on this phone are removed, then " + fileName + " is installed."
-        confirmText: "Uninstall and install again"
-        onConfirmed: TolvaneApp.installer.reinstall(hint.explained.package, hint.explained.path, hint.serial)
+        active: false
+        function open() {
+            active = true
+            item.open()
+        }
+        sourceComponent: ConfirmDialog {
+            objectName: "reinstallDialog"
+            readonly property string fileName: hint.explained.path !== undefined
+                                               ? hint.explained.path.substring(hint.explained.path.lastIndexOf("/") + 1) : ""
+            title: "Uninstall " + (hint.explained.package !== undefined ? hint.explained.package : "") + "?"
+            message: "The installed app and all its data on this phone are removed, then " + fileName + " is installed."
+            confirmText: "Uninstall and install again"
+            onConfirmed: TolvaneApp.installer.reinstall(hint.explained.package, hint.explained.path, hint.serial)
+        }
     }
 }
