@@ -80,6 +80,7 @@ TolvaneTestCase {
         tryCompare(findChild(row, "statusLabel"), "text", "Stopped", 30000)
         mouseClick(findChild(row, "Start"))
         tryVerify(() => runner.lines.length > 0 && runner.lines[0].indexOf("-wipe-data") < 0, 20000)
+        tryCompare(runner, "state", EmulatorProcess.Running, 30000)
     }
 
     // Another phone going away leaves a row as it was: its open details and an open question stay.
