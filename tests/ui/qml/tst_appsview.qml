@@ -55,7 +55,7 @@ TolvaneTestCase {
         tryCompare(fresh, "packagesNote", "No apps installed by you yet.", 20000)
     }
 
-    function test_dropThreeUninstallOneThenDropOneThatIsNotAnApp() {
+    function test_installUninstallAndScreenshot() {
         runningPhone("Pixel_Apps")
         const view = createTemporaryObject(appsComponent, root)
         verify(findChild(view, "dropZone").visible)
@@ -77,11 +77,8 @@ TolvaneTestCase {
         view.dropFiles([sim.writeApk("notes.txt")])
         tryVerify(() => installer.output.endsWith("Only .apk files can be installed."), 20000)
         verify(!installer.busy)
-    }
 
-    function test_screenshotThroughTheChooser() {
-        runningPhone("Pixel_Shot")
-        const view = createTemporaryObject(appsComponent, root)
+        // The screenshot is saved where the save dialog's chooser says.
         const target = sim.root() + "/Shot.png"
         const answer = proposed => {
             compare(proposed, "Android Screenshot.png")
