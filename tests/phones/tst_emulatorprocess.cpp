@@ -218,7 +218,7 @@ private Q_SLOTS:
             << QStringList {"Starting", "Stopped"}
             << "The emulator exited with status 3.\n\n" + commandLine + "\nfirst half\n\tindented\nno end";
         QTest::newRow("status 2 while booting")
-            << "after_visible() { sleep 1; " + printLines(20) + "; exit 2; }"
+            << "after_visible() { sleep 0.4; " + printLines(20) + "; exit 2; }"
             << QStringList {"Starting", "Booting", "Stopped"}
             << "The emulator exited with status 2.\n\n" + lastLines;
         QTest::newRow("status 1 while running")
@@ -228,7 +228,7 @@ private Q_SLOTS:
         QTest::newRow("status 0 while starting")
             << QByteArray("at_start() { sleep 0.2; exit 0; }") << QStringList {"Starting", "Stopped"}
             << "The emulator exited before it finished starting.";
-        QTest::newRow("status 0 while booting") << QByteArray("after_visible() { sleep 1; exit 0; }")
+        QTest::newRow("status 0 while booting") << QByteArray("after_visible() { sleep 0.4; exit 0; }")
                                                 << QStringList {"Starting", "Booting", "Stopped"} << "";
         QTest::newRow("status 0 while running")
             << QByteArray("after_boot() { sleep 0.5; exit 0; }")
@@ -256,10 +256,12 @@ private Q_SLOTS:
         QCOMPARE(phone.lines().first(), commandLine);
 
         // The next start clears the failure and replaces the lines.
+        this->script(QStringLiteral("emulator"), {});
         phone.start(emulator(), 5554, StartOptions {});
         QCOMPARE(phone.failure(), std::nullopt);
         QCOMPARE(phone.lines(), QStringList {commandLine});
-        // Ended here, before it can outlive the test unseen.
+        // Ended here, before it can outlive the test unseen; once adb sees it, it quits when asked.
+        QTRY_COMPARE(phone.state(), State::Booting);
         QCoro::waitFor(phone.stopTask());
     }
 
@@ -419,7 +421,7 @@ private Q_SLOTS:
         auto [adb, call] = row<QByteArray, QString>("adb", "call");
 
         EmulatorProcess::Timing timing = quickTiming();
-        timing.adbTimeout = 1.0;
+        timing.adbTimeout = 0.5;
         EmulatorProcess::setTiming(timing);
         script(QStringLiteral("adb"), adb);
         EmulatorProcess phone(phoneName);
