@@ -88,38 +88,30 @@ private Q_SLOTS:
             (QList<double> {10.0, 30.0, 30.0}));
     }
 
-    void onlyApkFiles()
+    // Refused without a word to adb: files that are no .apk, and anything once adb is gone.
+    void refusals()
     {
         ApkInstaller installer;
         QSignalSpy busy(&installer, &ApkInstaller::busyChanged);
         QSignalSpy packages(&installer, &ApkInstaller::packagesChanged);
         QSignalSpy notes(&installer, &ApkInstaller::packagesNoteChanged);
-
         QCoro::waitFor(installer.installTask(files({"notes.txt", "apk", "app.apk.zip"}), serial));
-        // The first message has no leading line break; the next one is on a line of its own.
-        QCOMPARE(installer.output(), QStringLiteral("Only .apk files can be installed."));
         QCoro::waitFor(installer.installTask({}, serial));
-        QCOMPARE(installer.output(),
-            QStringLiteral("Only .apk files can be installed.\nOnly .apk files can be installed."));
         QCOMPARE(busy.count(), 0);
         QCOMPARE(packages.count(), 0);
         QCOMPARE(notes.count(), 0);
-    }
 
-    void withoutAdb()
-    {
         const QString adb = *AndroidTools::adbPath();
         QVERIFY(QFile::rename(adb, adb + QStringLiteral(".away")));
         const auto restore = qScopeGuard([&] { QFile::rename(adb + QStringLiteral(".away"), adb); });
-        ApkInstaller installer;
         QCoro::waitFor(installer.installTask(files({"app.apk"}), serial));
-        QCOMPARE(installer.output(), QStringLiteral("Installing app.apk...\n") + noAdb);
         QCOMPARE(noteOf(installer), QStringLiteral("Could not list apps: ") + noAdb);
         QCoro::waitFor(installer.uninstallTask(QStringLiteral("com.example.app"), serial));
         QCoro::waitFor(installer.screenshotTask(serial));
+        // The first message has no leading line break; each next one is on a line of its own.
         QCOMPARE(installer.output(),
-            QStringLiteral(
-                "Installing app.apk...\n%1\nUninstalling com.example.app...\n%1\nScreenshot failed: %1")
+            QStringLiteral("Only .apk files can be installed.\nOnly .apk files can be installed.\nInstalling "
+                           "app.apk...\n%1\nUninstalling com.example.app...\n%1\nScreenshot failed: %1")
                 .arg(noAdb));
         QVERIFY(!installer.busy());
     }

@@ -142,21 +142,6 @@ private Q_SLOTS:
         QCOMPARE(runner.lines(), (QStringList {"$ /bin/sh -c echo again", "again"}));
         QCOMPARE(runner.title(), QStringLiteral("Testing"));
     }
-
-    void cancelFromTheHandle()
-    {
-        JobRunner runner;
-        connect(&runner, &JobRunner::linesChanged, this, [&runner] {
-            if (runner.lines().size() == 2 && runner.job())
-                runner.job()->cancel();
-        });
-        const ProcessResult result = runScript(runner, QStringLiteral("echo working; exec sleep 10"));
-        QVERIFY(result.cancelled);
-        QCOMPARE(runner.lines(),
-            (QStringList {"$ /bin/sh -c echo working; exec sleep 10", "working", "Cancelled."}));
-        QCOMPARE(runner.progress(), std::nullopt);
-        QVERIFY(!runner.job());
-    }
 };
 
 QTEST_GUILESS_MAIN(TestJobRunner)

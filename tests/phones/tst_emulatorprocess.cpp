@@ -148,14 +148,15 @@ private Q_SLOTS:
 
     // The time so far moves on with the poll rounds; booting past the limit makes the hint due until the boot
     // completes.
-    void startBootAndStopWithTheRealWaits()
+    void startBootAndStop()
     {
-        EmulatorProcess::Timing timing;
-        timing.slowBootAfter = 1000ms;
+        EmulatorProcess::Timing timing = quickTiming();
+        timing.bootPollInterval = 800ms;
+        timing.slowBootAfter = 700ms;
         EmulatorProcess::setTiming(timing);
-        // adb sees the phone after about 0.8 s and it boots 1.5 s later: seen by the second round, booted by
+        // adb sees the phone after about 0.45 s and it boots 0.8 s later: seen by the second round, booted by
         // the third.
-        m_sim->setTimeScale(0.25);
+        m_sim->setTimeScale(0.13);
         const auto quick = qScopeGuard([this] { m_sim->setTimeScale(0.02); });
         EmulatorProcess phone(phoneName);
         const StateLog states(phone);
@@ -174,7 +175,7 @@ private Q_SLOTS:
         QVERIFY2(timeline.count() >= 4, qPrintable(QString::number(timeline.count())));
         const qint64 seen = *phone.seenAfter();
         const qint64 booted = *phone.bootedAfter();
-        QVERIFY2(seen >= 1900 && booted >= 3900, qPrintable(QStringLiteral("%1 %2").arg(seen).arg(booted)));
+        QVERIFY2(seen >= 780 && booted >= 1580, qPrintable(QStringLiteral("%1 %2").arg(seen).arg(booted)));
         QCOMPARE(phone.lines().filter(QStringLiteral("Booted in")),
             QStringList {QStringLiteral("Booted in %1 s; adb saw it after %2 s.")
                              .arg((booted + 500) / 1000)
@@ -217,7 +218,7 @@ private Q_SLOTS:
             << QStringList {"Starting", "Stopped"}
             << "The emulator exited with status 3.\n\n" + commandLine + "\nfirst half\n\tindented\nno end";
         QTest::newRow("status 2 while booting")
-            << "after_visible() { sleep 1; " + printLines(20) + "; exit 2; }"
+            << "after_visible() { sleep 0.4; " + printLines(20) + "; exit 2; }"
             << QStringList {"Starting", "Booting", "Stopped"}
             << "The emulator exited with status 2.\n\n" + lastLines;
         QTest::newRow("status 1 while running")
@@ -227,7 +228,7 @@ private Q_SLOTS:
         QTest::newRow("status 0 while starting")
             << QByteArray("at_start() { sleep 0.2; exit 0; }") << QStringList {"Starting", "Stopped"}
             << "The emulator exited before it finished starting.";
-        QTest::newRow("status 0 while booting") << QByteArray("after_visible() { sleep 1; exit 0; }")
+        QTest::newRow("status 0 while booting") << QByteArray("after_visible() { sleep 0.4; exit 0; }")
                                                 << QStringList {"Starting", "Booting", "Stopped"} << "";
         QTest::newRow("status 0 while running")
             << QByteArray("after_boot() { sleep 0.5; exit 0; }")
@@ -255,10 +256,12 @@ private Q_SLOTS:
         QCOMPARE(phone.lines().first(), commandLine);
 
         // The next start clears the failure and replaces the lines.
+        this->script(QStringLiteral("emulator"), {});
         phone.start(emulator(), 5554, StartOptions {});
         QCOMPARE(phone.failure(), std::nullopt);
         QCOMPARE(phone.lines(), QStringList {commandLine});
-        // Ended here, before it can outlive the test unseen.
+        // Ended here, before it can outlive the test unseen; once adb sees it, it quits when asked.
+        QTRY_COMPARE(phone.state(), State::Booting);
         QCoro::waitFor(phone.stopTask());
     }
 
@@ -330,30 +333,30 @@ private Q_SLOTS:
         QCOMPARE(phone.lines().mid(phone.lines().size() - lastLines.size()), lastLines);
     }
 
-    // A poll asleep when Stop comes asks adb nothing more, even once the phone starts again.
+    // A poll waiting for adb's answer when Stop comes asks nothing more while the emulator takes its time to
+    // go; the end is handled the end delay after the emulator has gone.
     void stopEndsTheBootPoll()
     {
-        EmulatorProcess::Timing slow = quickTiming();
-        slow.bootPollInterval = 600ms;
-        EmulatorProcess::setTiming(slow);
-        m_sim->setBehaviour(QStringLiteral("emulator.never-boot"));
+        EmulatorProcess::Timing timing = quickTiming();
+        timing.endDelay = 300ms;
+        EmulatorProcess::setTiming(timing);
+        for (const char *key : {"emulator.never-boot", "emulator.ignore-kill"})
+            m_sim->setBehaviour(QLatin1String(key));
+        script(QStringLiteral("adb"), "[ \"$3\" = get-state ] && sleep 0.3");
         EmulatorProcess phone(phoneName);
+        const StateLog states(phone);
         phone.start(emulator(), 5554, StartOptions {});
-        // Stop while the poll sleeps after its first boot question (or waits for its answer).
-        QTRY_VERIFY(m_sim->adbCalls().contains(getBoot));
+        QTRY_COMPARE(phone.state(), State::Booting);
+        const qsizetype asked = m_sim->adbCalls().count(getState);
+        QTRY_VERIFY(m_sim->adbCalls().count(getState) > asked);
+        const qsizetype before = m_sim->adbCalls().size();
         QCoro::waitFor(phone.stopTask());
-        QElapsedTimer sinceStop;
-        sinceStop.start();
-        EmulatorProcess::setTiming(quickTiming());
-        phone.start(emulator(), 5556, StartOptions {});
-        // Long enough for the old poll to have woken, and the new one asks.
-        QTRY_VERIFY(sinceStop.hasExpired(900)
-            && m_sim->adbCalls().contains(QStringLiteral("-s emulator-5556 get-state")));
-        const QStringList calls = m_sim->adbCalls();
-        const qsizetype killed = calls.indexOf(QStringLiteral("-s emulator-5554 emu kill"));
-        QCOMPARE(calls.mid(killed).filter(QStringLiteral("emulator-5554")),
-            QStringList {QStringLiteral("-s emulator-5554 emu kill")});
-        QCoro::waitFor(phone.stopTask());
+        QElapsedTimer sinceTerminated;
+        sinceTerminated.start();
+        QTRY_COMPARE(phone.state(), State::Stopped);
+        QVERIFY2(sinceTerminated.elapsed() >= 300, qPrintable(QString::number(sinceTerminated.elapsed())));
+        QCOMPARE(m_sim->adbCalls().mid(before), QStringList {QStringLiteral("-s emulator-5554 emu kill")});
+        QCOMPARE(states.names, (QStringList {"Starting", "Booting", "Stopping", "Stopped"}));
     }
 
     // How many lines stay once one drain has brought the log to a count.
@@ -418,7 +421,7 @@ private Q_SLOTS:
         auto [adb, call] = row<QByteArray, QString>("adb", "call");
 
         EmulatorProcess::Timing timing = quickTiming();
-        timing.adbTimeout = 1.0;
+        timing.adbTimeout = 0.5;
         EmulatorProcess::setTiming(timing);
         script(QStringLiteral("adb"), adb);
         EmulatorProcess phone(phoneName);

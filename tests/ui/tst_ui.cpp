@@ -1,5 +1,6 @@
 // Runs the QML test cases in tests/ui/qml against the real views and the real model objects, over the
 // simulated toolchain in a fresh temporary Mac.
+#include "EmulatorProcess.h"
 #include "SimControl.h"
 #include "TolvaneApp.h"
 
@@ -17,6 +18,11 @@ class UiTestSetup : public QObject
 public Q_SLOTS:
     void applicationAvailable()
     {
+        // The real waits are pinned by the emulator's own tests; here they would only slow every boot down.
+        EmulatorProcess::Timing timing;
+        timing.bootPollInterval = std::chrono::milliseconds(100);
+        timing.endDelay = std::chrono::milliseconds(50);
+        EmulatorProcess::setTiming(timing);
         m_sim = std::make_unique<SimControl>();
         m_app = std::make_unique<TolvaneApp>(nullptr);
     }
