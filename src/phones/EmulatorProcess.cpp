@@ -1,10 +1,13 @@
 #include "EmulatorProcess.h"
 
 #include "AndroidTools.h"
+#include "OutputPipe.h"
 #include "ProcessResult.h"
 #include "ToolRunner.h"
 
 #include <QTimer>
+
+#include <unistd.h>
 
 #include <QCoro/QCoroTimer>
 
@@ -60,15 +63,8 @@ EmulatorProcess::~EmulatorProcess()
     process->disconnect(this);
     process->setParent(nullptr);
     connect(process, &QProcess::finished, process, &QObject::deleteLater);
-    // Nobody shows its output any more; reading it keeps the emulator from blocking on a full pipe
-    // without keeping what it says.
-    const auto discard = [process] {
-        process->readAllStandardOutput();
-        process->readAllStandardError();
-    };
-    connect(process, &QProcess::readyReadStandardOutput, process, discard);
-    connect(process, &QProcess::readyReadStandardError, process, discard);
-    discard();
+    // Its pipes go with it and keep reading, which keeps the emulator from blocking on a full pipe; what
+    // they read reaches nobody.
 }
 
 QString EmulatorProcess::stateName() const
@@ -110,27 +106,43 @@ void EmulatorProcess::start(QString emulator, int port, StartOptions options)
     process->setArguments(arguments);
     process->setProcessEnvironment(AndroidTools::environment());
     process->setStandardInputFile(QProcess::nullDevice());
-    connect(process, &QProcess::readyReadStandardOutput, this,
-        [this, process] { read(m_stdoutText, process->readAllStandardOutput()); });
-    connect(process, &QProcess::readyReadStandardError, this,
-        [this, process] { read(m_stderrText, process->readAllStandardError()); });
-    connect(process, &QProcess::finished, this, [this](int status) {
-        QTimer::singleShot(currentTiming().endDelay, this, [this, status] {
+    // The output goes into pipes of our own, which outlast the emulator: what it (or a child of it)
+    // writes just after its end still belongs to the log.
+    auto *stdoutPipe = new OutputPipe(process);
+    auto *stderrPipe = new OutputPipe(process);
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardErrorFile(QProcess::nullDevice());
+    process->setChildProcessModifier([stdoutPipe, stderrPipe] {
+        stdoutPipe->attachInChild(STDOUT_FILENO);
+        stderrPipe->attachInChild(STDERR_FILENO);
+    });
+    connect(stdoutPipe, &OutputPipe::received, this,
+        [this](const QByteArray &bytes) { read(m_stdoutText, bytes); });
+    connect(stderrPipe, &OutputPipe::received, this,
+        [this](const QByteArray &bytes) { read(m_stderrText, bytes); });
+    connect(process, &QProcess::finished, this, [this, stdoutPipe, stderrPipe](int status) {
+        QTimer::singleShot(currentTiming().endDelay, this, [this, status, stdoutPipe, stderrPipe] {
             // Output that comes later, from a grandchild holding the pipes, is not this run's.
             m_process->disconnect(this);
-            read(m_stdoutText, m_process->readAllStandardOutput());
-            read(m_stderrText, m_process->readAllStandardError());
+            for (OutputPipe *pipe : {stdoutPipe, stderrPipe}) {
+                pipe->readNow();
+                delete pipe;
+            }
             finishWhenDrained(status);
         });
     });
-    process->start();
+    const QString pipeError = stdoutPipe->error().isEmpty() ? stderrPipe->error() : stdoutPipe->error();
+    if (pipeError.isEmpty())
+        process->start();
     // Blocks only as long as the exec takes: a launch failure must leave the phone stopped, never starting.
-    if (!process->waitForStarted()) {
-        setFailure(
-            QStringLiteral("Could not start the emulator: ") + ToolRunner::launchFailureReason(*process));
+    if (!pipeError.isEmpty() || !process->waitForStarted()) {
+        setFailure(QStringLiteral("Could not start the emulator: ")
+            + (pipeError.isEmpty() ? ToolRunner::launchFailureReason(*process) : pipeError));
         delete process;
         return;
     }
+    stdoutPipe->closeWriteEnd();
+    stderrPipe->closeWriteEnd();
     m_process = process;
     startTimeline();
     setState(State::Starting);
