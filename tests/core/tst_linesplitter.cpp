@@ -74,7 +74,6 @@ private Q_SLOTS:
         QTest::newRow("lone percent") << "%" << -1;
         QTest::newRow("letters") << "abc%" << -1;
         QTest::newRow("over 100") << "150%" << -1;
-        QTest::newRow("leading zeros") << "007%" << 7;
         QTest::newRow("decimal point stops the run") << "3.5%" << 5;
         QTest::newRow("no percent") << "Unzipping" << -1;
         QTest::newRow("last percent has no number") << "50% then %" << -1;

@@ -16,6 +16,7 @@
 
 #include <climits>
 #include <cstdint>
+#include <functional>
 
 using namespace std::chrono_literals;
 using State = EmulatorProcess::State;
@@ -30,14 +31,16 @@ const QString terminating
 const QString getState = QStringLiteral("-s emulator-5554 get-state");
 const QString getBoot = QStringLiteral("-s emulator-5554 shell getprop sys.boot_completed");
 
-// Short waits, so that the slow paths take well under a second.
-EmulatorProcess::Timing quickTiming()
+// Short waits, so that the slow paths take well under a second; `change` sets some of them otherwise.
+void useQuickTiming(const std::function<void(EmulatorProcess::Timing &)> &change = {})
 {
     EmulatorProcess::Timing timing;
     timing.bootPollInterval = 100ms;
     timing.stopWaitStep = 50ms;
     timing.endDelay = 50ms;
-    return timing;
+    if (change)
+        change(timing);
+    EmulatorProcess::setTiming(timing);
 }
 
 // Sh text that prints "line 1" to "line <count>".
@@ -87,7 +90,7 @@ private Q_SLOTS:
 
     void init()
     {
-        EmulatorProcess::setTiming(quickTiming());
+        useQuickTiming();
         QFile::remove(m_sim->stateDir() + QStringLiteral("/adb.log"));
     }
 
@@ -151,10 +154,10 @@ private Q_SLOTS:
     // completes.
     void startBootAndStop()
     {
-        EmulatorProcess::Timing timing = quickTiming();
-        timing.bootPollInterval = 800ms;
-        timing.slowBootAfter = 700ms;
-        EmulatorProcess::setTiming(timing);
+        useQuickTiming([](auto &timing) {
+            timing.bootPollInterval = 800ms;
+            timing.slowBootAfter = 700ms;
+        });
         // adb sees the phone after about 0.45 s and it boots 0.8 s later: seen by the second round, booted by
         // the third.
         m_sim->setTimeScale(0.13);
@@ -251,9 +254,7 @@ private Q_SLOTS:
         auto [script, states, failure] = row<QByteArray, QStringList, QString>("script", "states", "failure");
 
         const bool launch = script.startsWith("launch ");
-        EmulatorProcess::Timing timing = quickTiming();
-        timing.endDelay = 300ms;
-        EmulatorProcess::setTiming(timing);
+        useQuickTiming([](auto &timing) { timing.endDelay = 300ms; });
         writeFile(m_root.filePath(QStringLiteral("plain")), "not a program");
         this->script(QStringLiteral("emulator"), launch ? QByteArray() : script);
         EmulatorProcess phone(phoneName);
@@ -265,7 +266,7 @@ private Q_SLOTS:
         QCOMPARE(phone.lines().first(), commandLine);
 
         // The next start clears the failure and replaces the lines.
-        EmulatorProcess::setTiming(quickTiming());
+        useQuickTiming();
         this->script(QStringLiteral("emulator"), {});
         phone.start(emulator(), 5554, StartOptions {});
         QCOMPARE(phone.failure(), std::nullopt);
@@ -347,9 +348,7 @@ private Q_SLOTS:
     // go; the end is handled the end delay after the emulator has gone.
     void stopEndsTheBootPoll()
     {
-        EmulatorProcess::Timing timing = quickTiming();
-        timing.endDelay = 300ms;
-        EmulatorProcess::setTiming(timing);
+        useQuickTiming([](auto &timing) { timing.endDelay = 300ms; });
         for (const char *key : {"emulator.never-boot", "emulator.ignore-kill"})
             m_sim->setBehaviour(QLatin1String(key));
         script(QStringLiteral("adb"), "[ \"$3\" = get-state ] && sleep 0.3");
@@ -430,9 +429,7 @@ private Q_SLOTS:
     {
         auto [adb, call] = row<QByteArray, QString>("adb", "call");
 
-        EmulatorProcess::Timing timing = quickTiming();
-        timing.adbTimeout = 0.5;
-        EmulatorProcess::setTiming(timing);
+        useQuickTiming([](auto &timing) { timing.adbTimeout = 0.5; });
         script(QStringLiteral("adb"), adb);
         EmulatorProcess phone(phoneName);
         const StateLog states(phone);
