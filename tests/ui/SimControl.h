@@ -27,7 +27,6 @@ public:
     Q_INVOKABLE void installJava() { m_host->installJava(); }
     Q_INVOKABLE void installCommandLineTools() { m_host->installCommandLineTools(); }
     Q_INVOKABLE void acceptLicenses() { m_host->acceptLicenses(); }
-    Q_INVOKABLE void installEmulator() { m_host->installEmulator(); }
     Q_INVOKABLE void installSystemImage(const QString &id) { m_host->installSystemImage(id); }
     Q_INVOKABLE void makeReady() { m_host->makeReady(); }
     Q_INVOKABLE void createPhone(const QString &name) { m_host->createPhone(name); }
