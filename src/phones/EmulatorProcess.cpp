@@ -7,9 +7,9 @@
 
 #include <QTimer>
 
-#include <unistd.h>
-
 #include <QCoro/QCoroTimer>
+
+#include <unistd.h>
 
 namespace {
 
@@ -138,6 +138,8 @@ void EmulatorProcess::start(QString emulator, int port, StartOptions options)
     if (!pipeError.isEmpty() || !process->waitForStarted()) {
         setFailure(QStringLiteral("Could not start the emulator: ")
             + (pipeError.isEmpty() ? ToolRunner::launchFailureReason(*process) : pipeError));
+        // Nothing of this run may reach the phone once its handle is gone.
+        process->disconnect(this);
         delete process;
         return;
     }
