@@ -11,9 +11,8 @@ namespace {
 
 // Reads are at most this large: smaller pieces reuse the memory of the ones before.
 constexpr size_t readSize = 16 * 1024;
-// One turn reads at most a megabyte, so a child that writes without pause cannot hold the event loop
-// for long.
-constexpr int readsPerTurn = 64;
+// One turn reads at most a full pipe, so a child that writes without pause cannot hold the event loop.
+constexpr int readsPerTurn = 4;
 
 } // namespace
 
