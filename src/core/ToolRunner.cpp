@@ -47,16 +47,11 @@ void appendBytes(QByteArray &to, const QByteArray &bytes)
     std::memcpy(to.data() + held, bytes.constData(), size_t(bytes.size()));
 }
 
-// Output is handed on in slices of at most this size. A whole read can be as large as the pipe, and the
-// text of one that large is allocated afresh from the system every time; slices this small reuse the
-// memory the previous ones left.
-constexpr qint64 sliceBytes = 16 * 1024;
-
 // The next slice of the channel being read, extended to the end of a character it would otherwise cut
 // (at most three more bytes), so that slicing never changes the decoded text.
 QByteArray nextSlice(QProcess &process)
 {
-    QByteArray bytes = process.read(sliceBytes);
+    QByteArray bytes = process.read(ToolRunner::outputSlice);
     char next = 0;
     for (int more = 0; more < 3 && process.peek(&next, 1) == 1 && (uchar(next) & 0xC0) == 0x80; ++more)
         bytes += process.read(1);

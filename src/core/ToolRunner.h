@@ -18,6 +18,11 @@ namespace ToolRunner {
 
 using OutputSink = std::function<void(const QString &chunk)>;
 
+// Output is handed on in pieces of at most this size. A whole read can be as large as a pipe, and the
+// text of one that large is allocated afresh from the system every time; pieces this small reuse the
+// memory the ones before left.
+constexpr qint64 outputSlice = 16 * 1024;
+
 // Why a process could not be started, in the system's words: QProcess's message without the name of
 // the call that failed.
 QString launchFailureReason(const QProcess &process);

@@ -1,5 +1,7 @@
 #include "OutputPipe.h"
 
+#include "ToolRunner.h"
+
 #include <QSocketNotifier>
 
 #include <cerrno>
@@ -9,8 +11,6 @@
 
 namespace {
 
-// Reads are at most this large: smaller pieces reuse the memory of the ones before.
-constexpr size_t readSize = 16 * 1024;
 // One turn reads at most a full pipe, so a child that writes without pause cannot hold the event loop.
 constexpr int readsPerTurn = 4;
 
@@ -59,7 +59,7 @@ void OutputPipe::readNow()
 {
     if (!m_notifier || !m_notifier->isEnabled())
         return;
-    char buffer[readSize];
+    char buffer[ToolRunner::outputSlice];
     for (int reads = 0; reads < readsPerTurn;) {
         const ssize_t count = ::read(m_readEnd, buffer, sizeof buffer);
         if (count > 0) {
