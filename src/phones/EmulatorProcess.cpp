@@ -128,6 +128,11 @@ void EmulatorProcess::start(QString emulator, int port, StartOptions options)
                 pipe->readNow();
                 delete pipe;
             }
+            // A line break completes no UTF-8 sequence, so decoding one makes each decoder give up a
+            // character the stream cut short, as U+FFFD. The streams end here: the break only ends the
+            // unfinished line, as the flush at the end would.
+            read(m_stdoutText, QByteArrayLiteral("\n"));
+            read(m_stderrText, QByteArrayLiteral("\n"));
             finishWhenDrained(status);
         });
     });
@@ -174,8 +179,8 @@ QCoro::Task<> EmulatorProcess::stopTask()
     if (!self)
         co_return;
     if (!result.isClean()) {
-        appendLines({QStringLiteral("adb emu kill did not succeed: ")
-            + result.launchError.value_or(result.text.trimmed())});
+        m_queue->pushLine(QStringLiteral("adb emu kill did not succeed: ")
+            + result.launchError.value_or(result.text.trimmed()));
     }
 
     for (int round = 0; round < timing.stopWaitRounds; ++round) {
@@ -187,8 +192,8 @@ QCoro::Task<> EmulatorProcess::stopTask()
             co_return;
     }
     if (process && m_process == process && process->state() != QProcess::NotRunning) {
-        appendLines(
-            {QStringLiteral("The emulator did not exit within 10 seconds; terminating the process.")});
+        m_queue->pushLine(
+            QStringLiteral("The emulator did not exit within 10 seconds; terminating the process."));
         // The end arrives as for any other exit; the state is stopping, so no failure is recorded.
         process->terminate();
     }
@@ -314,9 +319,10 @@ QCoro::Task<> EmulatorProcess::poll(std::shared_ptr<bool> cancelled, QString ser
                     if (!m_seenAfter)
                         noteTime(&m_seenAfter);
                     noteTime(&m_bootedAfter);
-                    appendLines({QStringLiteral("Booted in %1 s; adb saw it after %2 s.")
-                                     .arg(roundedSeconds(*m_bootedAfter))
-                                     .arg(roundedSeconds(*m_seenAfter))});
+                    // Queued, so that it follows every line that came before it.
+                    m_queue->pushLine(QStringLiteral("Booted in %1 s; adb saw it after %2 s.")
+                                          .arg(roundedSeconds(*m_bootedAfter))
+                                          .arg(roundedSeconds(*m_seenAfter)));
                     setState(State::Running);
                 }
                 co_return;

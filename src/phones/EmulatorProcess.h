@@ -46,12 +46,11 @@ public:
     static constexpr std::chrono::milliseconds stopWaitStep {500};
     // The end of the process is handled this long after it is reported, so late output still arrives first.
     static constexpr std::chrono::milliseconds endDelay {500};
+    // Once a drain brings the log past maxLines, the oldest trimmedLines go; however much one drain
+    // brings, no more than linesAfterDrain stay.
     static constexpr int maxLines = 4000;
     static constexpr int trimmedLines = 1000;
-    // However much one drain brings, no more than this many lines stay.
     static constexpr int linesAfterDrain = 5000;
-    // How many of the oldest lines go once a drain has brought the log to `count` lines.
-    static qsizetype linesToDrop(qsizetype count);
     // Booting longer than this is worth a word to the user.
     static constexpr std::chrono::milliseconds slowBootAfter {std::chrono::minutes(3)};
 
@@ -113,6 +112,8 @@ private:
     QVariant secondsSoFarVariant() const;
     void startTimeline();
     void noteTime(std::optional<qint64> *mark = nullptr);
+    // How many of the oldest lines go once a drain has brought the log to `count` lines.
+    static qsizetype linesToDrop(qsizetype count);
     void appendLines(const QStringList &lines);
     void read(QStringDecoder &decoder, const QByteArray &bytes);
     void startPolling();

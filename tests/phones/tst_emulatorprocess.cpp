@@ -1,4 +1,5 @@
 #include "AndroidTools.h"
+#include "ChunkQueue.h"
 #include "DataTable.h"
 #include "EmulatorProcess.h"
 #include "SimHost.h"
@@ -180,7 +181,7 @@ private Q_SLOTS:
         const qint64 seen = *phone.seenAfter();
         const qint64 booted = *phone.bootedAfter();
         QVERIFY2(seen >= 780 && booted >= 1580, qPrintable(QStringLiteral("%1 %2").arg(seen).arg(booted)));
-        QCOMPARE(phone.lines().filter(QStringLiteral("Booted in")),
+        QTRY_COMPARE(phone.lines().filter(QStringLiteral("Booted in")),
             QStringList {QStringLiteral("Booted in %1 s; adb saw it after %2 s.")
                              .arg((booted + 500) / 1000)
                              .arg((seen + 500) / 1000)});
@@ -195,6 +196,14 @@ private Q_SLOTS:
         QCOMPARE(phone.property("failure"), QVariant());
         QVERIFY(phone.lines().last().startsWith(QLatin1String("INFO    | Saving state on exit")));
         QCOMPARE(m_sim->adbCalls().last(), QStringLiteral("-s emulator-5554 emu kill"));
+
+        // A second run's timeline counts from its own launch.
+        phone.start(emulator(), 5554, StartOptions {});
+        QCOMPARE(phone.seenAfter(), std::nullopt);
+        QTRY_COMPARE_WITH_TIMEOUT(phone.state(), State::Running, 10000);
+        QVERIFY2(*phone.bootedAfter() < booted + 1200,
+            qPrintable(QStringLiteral("%1 after %2").arg(*phone.bootedAfter()).arg(booted)));
+        QCoro::waitFor(phone.stopTask());
     }
 
     void unexpectedEnds_data()
@@ -368,21 +377,50 @@ private Q_SLOTS:
         QCOMPARE(states.names, (QStringList {"Starting", "Booting", "Stopping", "Stopped"}));
     }
 
-    // How many lines stay once one drain has brought the log to a count.
-    void trimmingRule_data()
+    // The log as a real emulator's pipes bring it: trimmed once per read, however it is sliced; a line too
+    // long to show cut; a character the end cuts short kept as U+FFFD.
+    void logLines_data()
     {
-        columns<int, int>("count", "kept");
+        // script: what the emulator prints at its start before it exits; lines: before the last read, at the
+        // end
+        columns<QByteArray, QList<int>, QString>("script", "lines", "last");
 
-        QTest::newRow("at the bound") << 4000 << 4000;
-        QTest::newRow("one past") << 4001 << 3001;
-        QTest::newRow("3500 and 2000 more in one drain") << 5500 << 4500;
-        QTest::newRow("one read of thousands") << 100001 << 5000;
+        // The last read comes whole: one write of a file, well within a pipe's capacity.
+        const auto lines = [](int first, int count, int burst) {
+            return QStringLiteral(
+                "awk 'BEGIN { for (i = %1; i < %2; i++) print \"line \" i }'; sleep 0.3; "
+                "awk 'BEGIN { for (i = 0; i < %3; i++) print i + 10000 }' >\"$SIM_STATE/burst\"; "
+                "cat \"$SIM_STATE/burst\"")
+                .arg(first)
+                .arg(first + count)
+                .arg(burst)
+                .toUtf8();
+        };
+        // 2000 lines of six bytes: more than one slice of the queue, less than one read of the pipe.
+        QTest::newRow("3500 and 2000 more in one read")
+            << lines(2, 3499, 2000) << QList<int> {3500, 4500} << "11999";
+        QTest::newRow("4000 and one more") << lines(2, 3999, 1) << QList<int> {4000, 3001} << "10000";
+        const QString cut = QString(ChunkQueue::longestLine, QLatin1Char('a'))
+            + QStringLiteral("… (34464 more characters)");
+        QTest::newRow("a line too long to show")
+            << QByteArray("head -c 100000 /dev/zero | tr '\\0' a; echo") << QList<int> {1, 2} << cut;
+        QTest::newRow("a character cut short by the end")
+            << QByteArray("printf 'end \\342\\202'") << QList<int> {1, 2} << QStringLiteral("end \uFFFD");
     }
 
-    void trimmingRule()
+    void logLines()
     {
-        auto [count, kept] = row<int, int>("count", "kept");
-        QCOMPARE(count - EmulatorProcess::linesToDrop(count), kept);
+        auto [script, lines, last] = row<QByteArray, QList<int>, QString>("script", "lines", "last");
+
+        this->script(QStringLiteral("emulator"), "at_start() { " + script + "; sleep 0.3; exit 0; }");
+        EmulatorProcess phone(phoneName);
+        QList<int> counts;
+        connect(
+            &phone, &EmulatorProcess::linesChanged, this, [&] { counts.append(int(phone.lines().size())); });
+        phone.start(emulator(), 5554, StartOptions {});
+        QTRY_COMPARE(phone.state(), State::Stopped);
+        QCOMPARE(counts.mid(counts.size() - 2), lines);
+        QCOMPARE(phone.lines().last(), last);
     }
 
     void floodStaysBounded()
