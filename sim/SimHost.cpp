@@ -191,15 +191,16 @@ void SimHost::addBrokenPhone(const QString &name)
     config.write("broken=1\n");
 }
 
-QString SimHost::startPhone(const QString &name, int port)
+QString SimHost::startPhone(const QString &name, int port, const QStringList &options)
 {
     QProcess emulator;
     emulator.setProcessEnvironment(toolEnvironment());
     emulator.setStandardOutputFile(QProcess::nullDevice());
     emulator.setStandardErrorFile(QProcess::nullDevice());
     emulator.setProgram(QStringLiteral("/bin/sh"));
-    emulator.setArguments({toolsDir + QStringLiteral("/emulator"), QStringLiteral("-avd"), name,
-        QStringLiteral("-port"), QString::number(port)});
+    emulator.setArguments(QStringList {toolsDir + QStringLiteral("/emulator"), QStringLiteral("-avd"), name,
+                              QStringLiteral("-port"), QString::number(port)}
+        + options);
     if (!emulator.startDetached())
         qFatal("cannot start the simulated emulator");
     const QString booted = stateDir() + QStringLiteral("/emulators/%1/booted").arg(port);

@@ -40,9 +40,9 @@ public:
     // A phone that avdmanager lists among those that could not be loaded.
     void addBrokenPhone(const QString &name);
 
-    // Starts a created phone's emulator on its own, as if another app had, and returns its serial once
-    // it has booted.
-    QString startPhone(const QString &name, int port = 5554);
+    // Starts a created phone's emulator on its own, as if another app had, with the emulator's options
+    // (e.g. "-read-only" for a second one of the same phone), and returns its serial once it has booted.
+    QString startPhone(const QString &name, int port = 5554, const QStringList &options = {});
     // Replaces the apps the user installed on a phone.
     void setInstalledApps(const QString &name, const QStringList &packages);
 

@@ -145,8 +145,8 @@ void PhoneStore::checkLocks(const QStringList &names)
     // A phone another program runs holds its locks rightly; so does one of ours that is not stopped.
     const auto stale = [this](const QString &name) {
         const EmulatorProcess *phone = m_runners.value(name);
-        return (!phone || phone->state() == EmulatorProcess::State::Stopped) && !m_elsewhere.contains(name)
-            && !lockFiles(avdPath(name)).isEmpty();
+        return (!phone || phone->state() == EmulatorProcess::State::Stopped)
+            && !m_elsewhere->phones().contains(name) && !lockFiles(avdPath(name)).isEmpty();
     };
     QStringList locked;
     for (const QString &name : std::as_const(m_lockedPhones)) {
@@ -185,14 +185,20 @@ QCoro::Task<> PhoneStore::removeLockAndStartTask(QString name, StartOptions opti
     QPointer<PhoneStore> self(this);
     if (runner(name)->state() != EmulatorProcess::State::Stopped)
         co_return;
-    // Asked again now: a lock of a running emulator is never touched.
-    auto asking = findElsewhereTask();
+    // Asked again now, and trusted only when adb named every emulator: a lock of a running emulator is
+    // never touched.
+    auto asking = m_elsewhere->scanTask();
     co_await std::move(asking);
     if (!self)
         co_return;
-    if (m_elsewhere.contains(name)) {
-        setError(name + QStringLiteral(" is running outside Tolvane, so its lock stays."),
-            QStringLiteral("adb lists an emulator for this phone. Close that emulator's window first."));
+    if (const QStringList serials = m_elsewhere->phones().value(name); !serials.isEmpty()) {
+        setRefusal(name,
+            QStringLiteral("%1 is running outside Tolvane (%2), so its lock stays.")
+                .arg(name, serials.join(QStringLiteral(", "))));
+        co_return;
+    }
+    if (const std::optional<QString> problem = m_elsewhere->problem()) {
+        setRefusal(name, name + QStringLiteral("'s lock stays: ") + *problem);
         co_return;
     }
     if (runner(name)->state() != EmulatorProcess::State::Stopped)
@@ -223,7 +229,7 @@ void PhoneStore::installImageFor(const QString &name)
 
 QCoro::Task<bool> PhoneStore::installImageForTask(QString name)
 {
-    const std::optional<SystemImage> configured = configuredImage(avdPath(name));
+    const std::optional<SystemImage> configured = PhoneDiskUse::configuredImage(avdPath(name));
     const QStringList parts = configured ? configured->id.split(QLatin1Char(';')) : QStringList();
     if (parts.size() != 4 || !parts[1].startsWith(QLatin1String("android-"))) {
         setError(QStringLiteral("Could not tell which system image ") + name + QStringLiteral(" needs."),
@@ -234,4 +240,41 @@ QCoro::Task<bool> PhoneStore::installImageForTask(QString name)
     auto installing = installImageTask(image);
     const bool installed = co_await std::move(installing);
     co_return installed;
+}
+
+void PhoneStore::removeImage(const QString &id)
+{
+    removeImageTask(id);
+}
+
+QCoro::Task<bool> PhoneStore::removeImageTask(QString id)
+{
+    const auto sdkManager = AndroidTools::sdkManager();
+    if (!sdkManager)
+        co_return false;
+    const SystemImage image = PhoneDiskUse::imageAt(id.split(QLatin1Char(';')).join(QLatin1Char('/')));
+    if (const QStringList users = PhoneDiskUse::imageUsers(m_phones, id); !users.isEmpty()) {
+        setError(QStringLiteral("%1 is used by %2.").arg(image.label(), users.join(QStringLiteral(", "))),
+            QStringLiteral("Delete the phones made from it before removing the system image."));
+        co_return false;
+    }
+    QPointer<PhoneStore> self(this);
+    const QString title = QStringLiteral("Removing ") + image.label();
+    const QStringList arguments {
+        QStringLiteral("--sdk_root=") + AndroidTools::sdkRoot(), QStringLiteral("--uninstall"), id};
+    auto removing = m_imageJob->run(title, *sdkManager, arguments);
+    const ProcessResult result = co_await std::move(removing);
+    if (!self)
+        co_return result.isClean();
+    if (!result.isClean() && !result.cancelled)
+        setError(QStringLiteral("Removing the system image failed."), failureDetails(result));
+    // The images list shows the installed state as sdkmanager reports it; listing it reads the disk again.
+    if (!m_images.isEmpty()) {
+        auto loading = loadImagesTask();
+        co_await std::move(loading);
+    } else {
+        auto reading = m_diskUse->readTask(m_phones);
+        co_await std::move(reading);
+    }
+    co_return result.isClean();
 }

@@ -59,16 +59,25 @@ void PhoneStore::setTimeouts(const Timeouts &timeouts)
 PhoneStore::PhoneStore(QObject *parent)
     : QObject(parent)
     , m_imageJob(new JobRunner(this))
+    , m_diskUse(new PhoneDiskUse(this))
+    , m_elsewhere(new PhonesElsewhere([this] { return ourPorts(); }, this))
 {
     for (auto signal : {&PhoneStore::phonesChanged, &PhoneStore::devicesChanged, &PhoneStore::imagesChanged,
              &PhoneStore::isLoadingChanged, &PhoneStore::imagesLoadingChanged,
              &PhoneStore::devicesLoadingChanged, &PhoneStore::rawPhoneListingChanged,
              &PhoneStore::rawDeviceListingChanged, &PhoneStore::rawImageListingChanged,
              &PhoneStore::errorSummaryChanged, &PhoneStore::errorDetailsChanged,
-             &PhoneStore::lockedPhonesChanged})
+             &PhoneStore::lockedPhonesChanged, &PhoneStore::refusalsChanged})
         connect(this, signal, this, &PhoneStore::changed);
-    // With the store as context, the connection ends with the store and never keeps it alive.
+    // With the store as context, the connections end with the store and never keep it alive.
     connect(m_imageJob, &JobRunner::changed, this, &PhoneStore::changed);
+    connect(m_diskUse, &PhoneDiskUse::changed, this, &PhoneStore::changed);
+    connect(m_elsewhere, &PhonesElsewhere::changed, this, &PhoneStore::runnersChanged);
+    connect(m_elsewhere, &PhonesElsewhere::changed, this, &PhoneStore::changed);
+    connect(
+        m_elsewhere, &PhonesElsewhere::stopFailed, this, [this](const QString &name, const QString &details) {
+            setError(QStringLiteral("Could not stop ") + name + QStringLiteral("."), details);
+        });
 }
 
 EmulatorProcess *PhoneStore::runner(const QString &name)
@@ -113,6 +122,32 @@ QList<EmulatorProcess *> PhoneStore::runningRunners() const
     return running;
 }
 
+QVariantList PhoneStore::runningTargets() const
+{
+    QList<std::pair<QString, QString>> targets;
+    for (auto phone = m_elsewhere->phones().begin(); phone != m_elsewhere->phones().end(); ++phone) {
+        for (const QString &serial : phone.value())
+            targets.append({phone.key(), serial});
+    }
+    for (EmulatorProcess *runner : runningRunners())
+        targets.append({runner->name(), runner->serial()});
+    std::sort(targets.begin(), targets.end());
+    QVariantList list;
+    for (const auto &[name, serial] : std::as_const(targets))
+        list.append(QVariantMap {{QStringLiteral("name"), name}, {QStringLiteral("serial"), serial}});
+    return list;
+}
+
+QSet<int> PhoneStore::ourPorts() const
+{
+    QSet<int> ports;
+    for (EmulatorProcess *runner : m_runners) {
+        if (runner->state() != EmulatorProcess::State::Stopped)
+            ports.insert(runner->port());
+    }
+    return ports;
+}
+
 int PhoneStore::consolePort(const QSet<int> &busy)
 {
     int port = firstConsolePort;
@@ -124,21 +159,33 @@ int PhoneStore::consolePort(const QSet<int> &busy)
 void PhoneStore::start(const QString &name, const StartOptions &options)
 {
     EmulatorProcess *phone = runner(name);
-    if (phone->state() != EmulatorProcess::State::Stopped || m_elsewhere.contains(name))
+    if (phone->state() != EmulatorProcess::State::Stopped)
         return;
+    if (const QStringList serials = m_elsewhere->phones().value(name); !serials.isEmpty()) {
+        setRefusal(name,
+            QStringLiteral("%1 is already running outside Tolvane (%2).")
+                .arg(name, serials.join(QStringLiteral(", "))));
+        return;
+    }
     const auto emulator = AndroidTools::emulatorPath();
     if (!emulator) {
         setError(QStringLiteral("The emulator is not installed."),
             QStringLiteral("Install the emulator on the Setup tab first."));
         return;
     }
-    QSet<int> busy;
-    for (EmulatorProcess *other : std::as_const(m_runners)) {
-        if (other->state() != EmulatorProcess::State::Stopped)
-            busy.insert(other->port());
-    }
-    busy.unite(m_elsewherePorts);
-    phone->start(*emulator, consolePort(busy), options);
+    setRefusal(name, std::nullopt);
+    phone->start(*emulator, consolePort(ourPorts() + m_elsewhere->ports()), options);
+}
+
+void PhoneStore::setRefusal(const QString &name, std::optional<QString> why)
+{
+    if (why)
+        m_refusals.insert(name, *why);
+    else if (!m_refusals.contains(name))
+        return;
+    else
+        m_refusals.remove(name);
+    Q_EMIT refusalsChanged();
 }
 
 void PhoneStore::dismissError()
@@ -191,9 +238,10 @@ QCoro::Task<> PhoneStore::refreshTask()
         setRawPhoneListing(result.text.trimmed());
     else
         setRawPhoneListing(std::nullopt);
-    readDiskUse();
+    // The disk is read on another thread meanwhile.
+    auto reading = m_diskUse->readTask(m_phones);
     // Which phones run elsewhere decides which leftover locks are stale.
-    auto lookingElsewhere = findElsewhereTask();
+    auto lookingElsewhere = m_elsewhere->scanTask();
     co_await std::move(lookingElsewhere);
     if (!self)
         co_return;
@@ -201,6 +249,7 @@ QCoro::Task<> PhoneStore::refreshTask()
     for (const AVDInfo &phone : std::as_const(m_phones))
         names.append(phone.name);
     checkLocks(names);
+    co_await std::move(reading);
 }
 
 QCoro::Task<> PhoneStore::loadDevicesTask()
@@ -253,7 +302,8 @@ QCoro::Task<> PhoneStore::loadImagesTask()
 
     setImages(AndroidParsers::parseImages(result.text));
     setRawImageListing(m_images.isEmpty() ? std::optional(result.text.trimmed()) : std::nullopt);
-    readDiskUse();
+    auto reading = m_diskUse->readTask(m_phones);
+    co_await std::move(reading);
 }
 
 QString PhoneStore::failureDetails(const ProcessResult &result)

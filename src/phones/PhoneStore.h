@@ -4,6 +4,8 @@
 #include "DeviceDef.h"
 #include "EmulatorProcess.h"
 #include "JobRunner.h"
+#include "PhoneDiskUse.h"
+#include "PhonesElsewhere.h"
 #include "StartOptions.h"
 #include "SystemImage.h"
 
@@ -40,16 +42,12 @@ class PhoneStore : public QObject
     Q_PROPERTY(QList<EmulatorProcess *> allRunners READ allRunners NOTIFY runnersChanged)
     Q_PROPERTY(QList<EmulatorProcess *> runningRunners READ runningRunners NOTIFY runnersChanged)
     Q_PROPERTY(QStringList lockedPhones READ lockedPhones NOTIFY lockedPhonesChanged)
-    // Disk use, read at each refresh and image listing.
-    Q_PROPERTY(QVariantMap phoneSizes READ phoneSizes NOTIFY diskUseChanged)
-    Q_PROPERTY(QVariantList installedImages READ installedImagesVariant NOTIFY diskUseChanged)
-    Q_PROPERTY(qint64 phonesBytes READ phonesBytes NOTIFY diskUseChanged)
-    Q_PROPERTY(qint64 imagesBytes READ imagesBytes NOTIFY diskUseChanged)
-    Q_PROPERTY(QVariant freeBytes READ freeBytesVariant NOTIFY diskUseChanged)
-    Q_PROPERTY(bool lowDisk READ lowDisk NOTIFY diskUseChanged)
-    // Phones whose emulator was started by another program: name to serial, as of the last refresh.
-    Q_PROPERTY(QVariantMap elsewhere READ elsewhereVariant NOTIFY elsewhereChanged)
-    Q_PROPERTY(QStringList stoppingElsewhere READ stoppingElsewhere NOTIFY elsewhereChanged)
+    // Why the last start or lock removal of a phone was refused, by phone name; gone at its next start.
+    Q_PROPERTY(QVariantMap refusals READ refusals NOTIFY refusalsChanged)
+    // Read again at each refresh and image listing.
+    Q_PROPERTY(PhoneDiskUse *diskUse READ diskUse CONSTANT)
+    // Looked for at each refresh.
+    Q_PROPERTY(PhonesElsewhere *elsewhere READ elsewhere CONSTANT)
     // Every phone adb commands can go to: our running phones and those running elsewhere, as maps of
     // name and serial, by name.
     Q_PROPERTY(QVariantList runningTargets READ runningTargets NOTIFY runnersChanged)
@@ -95,33 +93,15 @@ public:
     // Starts the phone's emulator on a free console port; does nothing unless it is stopped.
     Q_INVOKABLE void start(const QString &name, const StartOptions &options);
 
-    // One installed system image on disk.
-    struct InstalledImage
-    {
-        SystemImage image;
-        qint64 bytes = 0;
-        QStringList users; // the phones made from it
-    };
-    QVariantMap phoneSizes() const { return m_phoneSizes; }
-    const QList<InstalledImage> &installedImages() const { return m_installedImages; }
-    qint64 phonesBytes() const;
-    qint64 imagesBytes() const;
-    std::optional<qint64> freeBytes() const { return m_freeBytes; }
-    bool lowDisk() const;
-    Q_INVOKABLE static QString formatBytes(qint64 bytes);
-    // The listed phones made from the image with this package id.
-    QStringList imageUsers(const QString &id) const;
+    PhoneDiskUse *diskUse() const { return m_diskUse; }
     // Uninstalls a system image that no phone uses, through the image job.
     Q_INVOKABLE void removeImage(const QString &id);
     // True when the image was uninstalled.
     QCoro::Task<bool> removeImageTask(QString id);
 
-    const QMap<QString, QString> &elsewhere() const { return m_elsewhere; }
-    QStringList stoppingElsewhere() const { return m_stoppingElsewhere; }
+    PhonesElsewhere *elsewhere() const { return m_elsewhere; }
     QVariantList runningTargets() const;
-    // Asks an emulator started elsewhere to quit, and waits until adb no longer lists it.
-    Q_INVOKABLE void stopElsewhere(const QString &name);
-    QCoro::Task<> stopElsewhereTask(QString name);
+    QVariantMap refusals() const { return m_refusals; }
     Q_INVOKABLE void dismissError();
 
     Q_INVOKABLE void refresh();
@@ -174,8 +154,7 @@ Q_SIGNALS:
     // A runner was made or removed, or one changed state.
     void runnersChanged();
     void lockedPhonesChanged();
-    void diskUseChanged();
-    void elsewhereChanged();
+    void refusalsChanged();
     // Any of the above, and every change of the image job or of a runner.
     void changed();
 
@@ -203,18 +182,12 @@ private:
     void removeRunner(const QString &name);
     QCoro::Task<> createAndAnnounceTask(QString name, DeviceDef device, SystemImage image);
     QString avdPath(const QString &name) const;
-    // The system image a phone's config.ini names (image.sysdir.1, a folder below the SDK root).
-    static std::optional<SystemImage> configuredImage(const QString &phonePath);
     void checkLocks(const QStringList &names);
     void runnerStateChanged(EmulatorProcess *runner);
     void setLockedPhones(const QStringList &names);
-    QVariantList installedImagesVariant() const;
-    QVariant freeBytesVariant() const;
-    void readDiskUse();
-    QVariantMap elsewhereVariant() const;
-    // Asks adb which emulators run and which of them no runner of ours owns.
-    QCoro::Task<> findElsewhereTask();
-    void setElsewhere(QMap<QString, QString> phones, QSet<int> ports);
+    void setRefusal(const QString &name, std::optional<QString> why);
+    // Console ports of our emulators from launch until their end.
+    QSet<int> ourPorts() const;
 
     QList<AVDInfo> m_phones;
     QList<DeviceDef> m_devices;
@@ -231,11 +204,7 @@ private:
     // Keyed by phone name, so the values come out in name order.
     QMap<QString, EmulatorProcess *> m_runners;
     QStringList m_lockedPhones;
-    QVariantMap m_phoneSizes;
-    QList<InstalledImage> m_installedImages;
-    std::optional<qint64> m_freeBytes;
-    QMap<QString, QString> m_elsewhere;
-    // Console ports of every emulator that is not ours, also those whose phone could not be named.
-    QSet<int> m_elsewherePorts;
-    QStringList m_stoppingElsewhere;
+    QVariantMap m_refusals;
+    PhoneDiskUse *m_diskUse;
+    PhonesElsewhere *m_elsewhere;
 };

@@ -1,82 +1,91 @@
-// Emulators that another program started (Android Studio, a terminal): found through adb at each
-// refresh, shown beside our own runners, and stopped through adb.
-#include "PhoneStore.h"
+#include "PhonesElsewhere.h"
 
 #include "AndroidTools.h"
+#include "EmulatorProcess.h"
 
 #include <QPointer>
 
 #include <QCoro/QCoroTimer>
+
+#include <algorithm>
 
 namespace {
 
 const QLatin1String serialPrefix("emulator-");
 
 // The console ports of the emulators in `adb devices` output, whatever state adb gives them.
-QSet<int> emulatorPorts(const QString &listing)
+QList<int> emulatorPorts(const QString &listing)
 {
-    QSet<int> ports;
+    QList<int> ports;
     for (const QString &line : listing.split(QLatin1Char('\n'))) {
         const QString serial = line.section(QLatin1Char('\t'), 0, 0).trimmed();
         bool number = false;
         const int port = serial.mid(serialPrefix.size()).toInt(&number);
         if (serial.startsWith(serialPrefix) && number && line.contains(QLatin1Char('\t')))
-            ports.insert(port);
+            ports.append(port);
     }
+    std::sort(ports.begin(), ports.end());
     return ports;
+}
+
+// "a", "a and b", "a, b and c".
+QString listed(const QStringList &items)
+{
+    return items.size() < 2
+        ? items.value(0)
+        : items.mid(0, items.size() - 1).join(QStringLiteral(", ")) + QStringLiteral(" and ") + items.last();
 }
 
 } // namespace
 
-QVariantMap PhoneStore::elsewhereVariant() const
+PhonesElsewhere::PhonesElsewhere(OurPorts ours, QObject *parent)
+    : QObject(parent)
+    , m_ours(std::move(ours))
+{ }
+
+QVariantMap PhonesElsewhere::phonesVariant() const
 {
     QVariantMap map;
-    for (auto phone = m_elsewhere.begin(); phone != m_elsewhere.end(); ++phone)
+    for (auto phone = m_phones.begin(); phone != m_phones.end(); ++phone)
         map.insert(phone.key(), phone.value());
     return map;
 }
 
-QVariantList PhoneStore::runningTargets() const
+QCoro::Task<> PhonesElsewhere::scanTask()
 {
-    QMap<QString, QString> targets = m_elsewhere;
-    for (EmulatorProcess *runner : runningRunners())
-        targets.insert(runner->name(), runner->serial());
-    QVariantList list;
-    for (auto target = targets.begin(); target != targets.end(); ++target)
-        list.append(
-            QVariantMap {{QStringLiteral("name"), target.key()}, {QStringLiteral("serial"), target.value()}});
-    return list;
-}
-
-void PhoneStore::setElsewhere(QMap<QString, QString> phones, QSet<int> ports)
-{
-    m_elsewhere = std::move(phones);
-    m_elsewherePorts = std::move(ports);
-    Q_EMIT elsewhereChanged();
-    Q_EMIT runnersChanged();
-    Q_EMIT changed();
-}
-
-QCoro::Task<> PhoneStore::findElsewhereTask()
-{
+    QPointer<PhonesElsewhere> self(this);
     if (!AndroidTools::adbPath()) {
-        setElsewhere({}, {});
+        // What was seen before stays shown: nothing says those emulators have gone.
+        m_problem = QStringLiteral("adb is not installed, so the running emulators cannot be listed.");
+        Q_EMIT changed();
         co_return;
     }
-    QPointer<PhoneStore> self(this);
     const double timeout = EmulatorProcess::timing().adbTimeout;
     auto listing = AndroidTools::runADB({QStringLiteral("devices")}, std::nullopt, timeout);
     const ProcessResult devices = co_await std::move(listing);
-    if (!self || !devices.isClean())
+    if (!self)
         co_return;
-
-    QSet<int> foreign = emulatorPorts(devices.text);
-    for (EmulatorProcess *runner : std::as_const(m_runners)) {
-        if (runner->state() != EmulatorProcess::State::Stopped)
-            foreign.remove(runner->port());
+    if (!devices.isClean()) {
+        QString said = devices.launchError.value_or(devices.text.trimmed().section(QLatin1Char('\n'), 0, 0));
+        if (said.isEmpty()) {
+            // "The command did not finish in time." inside the sentence.
+            said = devices.failureSummary().chopped(1);
+            said[0] = said[0].toLower();
+        }
+        m_problem = QStringLiteral("adb could not list the running emulators (%1).").arg(said);
+        Q_EMIT changed();
+        co_return;
     }
-    QMap<QString, QString> phones;
-    for (const int port : std::as_const(foreign)) {
+
+    // Asked after the listing: a phone of ours that started meanwhile is ours.
+    const QSet<int> ours = m_ours();
+    QMap<QString, QStringList> phones;
+    QSet<int> foreign;
+    QStringList unnamed;
+    for (const int port : emulatorPorts(devices.text)) {
+        if (ours.contains(port))
+            continue;
+        foreign.insert(port);
         const QString serial = serialPrefix + QString::number(port);
         auto asking = AndroidTools::runADB(
             {QStringLiteral("emu"), QStringLiteral("avd"), QStringLiteral("name")}, serial, timeout);
@@ -87,48 +96,59 @@ QCoro::Task<> PhoneStore::findElsewhereTask()
         const QString name = answer.text.section(QLatin1Char('\n'), 0, 0).trimmed();
         if (answer.isClean() && !name.isEmpty() && name != QLatin1String("OK")
             && !name.startsWith(QLatin1String("KO")))
-            phones.insert(name, serial);
+            phones[name].append(serial);
+        else
+            unnamed.append(serial);
     }
-    setElsewhere(std::move(phones), std::move(foreign));
+    m_phones = std::move(phones);
+    m_ports = std::move(foreign);
+    m_problem.reset();
+    if (unnamed.size() == 1)
+        m_problem = unnamed.first() + QStringLiteral(" did not say which phone it runs.");
+    else if (!unnamed.isEmpty())
+        m_problem = listed(unnamed) + QStringLiteral(" did not say which phones they run.");
+    Q_EMIT changed();
 }
 
-void PhoneStore::stopElsewhere(const QString &name)
+void PhonesElsewhere::stop(const QString &name)
 {
-    stopElsewhereTask(name);
+    stopTask(name);
 }
 
-QCoro::Task<> PhoneStore::stopElsewhereTask(QString name)
+QCoro::Task<> PhonesElsewhere::stopTask(QString name)
 {
-    const QString serial = m_elsewhere.value(name);
-    if (serial.isEmpty() || m_stoppingElsewhere.contains(name))
+    const QStringList serials = m_phones.value(name);
+    if (serials.isEmpty() || m_stopping.contains(name))
         co_return;
-    QPointer<PhoneStore> self(this);
-    m_stoppingElsewhere.append(name);
-    Q_EMIT elsewhereChanged();
+    QPointer<PhonesElsewhere> self(this);
+    m_stopping.append(name);
+    Q_EMIT changed();
     const EmulatorProcess::Timing timing = EmulatorProcess::timing();
-    auto killing
-        = AndroidTools::runADB({QStringLiteral("emu"), QStringLiteral("kill")}, serial, timing.adbTimeout);
-    const ProcessResult result = co_await std::move(killing);
-    if (!self)
-        co_return;
-    if (!result.isClean()) {
-        setError(QStringLiteral("Could not stop ") + name + QStringLiteral("."),
-            result.launchError.value_or(result.text.trimmed()));
+    bool asked = true;
+    for (const QString &serial : serials) {
+        auto killing = AndroidTools::runADB(
+            {QStringLiteral("emu"), QStringLiteral("kill")}, serial, timing.adbTimeout);
+        const ProcessResult result = co_await std::move(killing);
+        if (!self)
+            co_return;
+        if (!result.isClean()) {
+            asked = false;
+            Q_EMIT stopFailed(name, result.launchError.value_or(result.text.trimmed()));
+        }
     }
-    // The emulator takes a moment to go; it is gone once adb no longer lists it.
-    for (int round = 0; round < timing.stopWaitRounds && result.isClean(); ++round) {
-        auto looking = findElsewhereTask();
+    // An emulator takes a moment to go; it is gone once adb no longer lists it.
+    for (int round = 0; round < timing.stopWaitRounds && asked; ++round) {
+        auto looking = scanTask();
         co_await std::move(looking);
         if (!self)
             co_return;
-        if (m_elsewhere.value(name) != serial)
+        if (!m_phones.contains(name))
             break;
         auto sleeping = QCoro::sleepFor(timing.stopWaitStep);
         co_await std::move(sleeping);
         if (!self)
             co_return;
     }
-    m_stoppingElsewhere.removeAll(name);
-    Q_EMIT elsewhereChanged();
+    m_stopping.removeAll(name);
     Q_EMIT changed();
 }

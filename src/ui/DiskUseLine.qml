@@ -8,12 +8,14 @@ Label {
     id: line
     property PhoneStore store
 
+    readonly property PhoneDiskUse disk: store.diskUse
+
     objectName: "diskUseLine"
-    visible: store.phones.length > 0 || store.installedImages.length > 0
-    text: "Phones take " + store.formatBytes(store.phonesBytes) + " and system images "
-          + store.formatBytes(store.imagesBytes) + " on disk"
-          + (store.freeBytes !== undefined ? "; " + store.formatBytes(store.freeBytes) + " is free." : ".")
-    color: store.lowDisk ? Style.orange : Style.secondary
+    visible: store.phones.length > 0 || disk.installedImages.length > 0
+    text: "Phones take " + disk.formatBytes(disk.phonesBytes) + " and system images "
+          + disk.formatBytes(disk.imagesBytes) + " on disk"
+          + (disk.freeBytes !== undefined ? "; " + disk.formatBytes(disk.freeBytes) + " is free." : ".")
+    color: disk.lowDisk ? Style.orange : Style.secondary
     font: Style.caption
     wrapMode: Text.Wrap
     Layout.fillWidth: true

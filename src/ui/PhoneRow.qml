@@ -23,8 +23,9 @@ ColumnLayout {
     readonly property bool busy: deleting || state === EmulatorProcess.Starting || state === EmulatorProcess.Booting
                                  || state === EmulatorProcess.Stopping
     // Started by another program; its emulator is not ours to start, wipe or delete.
-    readonly property bool elsewhere: stopped && store.elsewhere[phone.name] !== undefined
-    readonly property bool stoppingElsewhere: elsewhere && store.stoppingElsewhere.indexOf(phone.name) >= 0
+    readonly property var elsewhereSerials: store.elsewhere.phones[phone.name]
+    readonly property bool elsewhere: stopped && elsewhereSerials !== undefined
+    readonly property bool stoppingElsewhere: elsewhere && store.elsewhere.stopping.indexOf(phone.name) >= 0
     readonly property string status: deleting ? "Deleting" : stoppingElsewhere ? "Stopping"
                                    : elsewhere ? "Running" : runner ? runner.stateName : "Stopped"
     // Asked again whenever the row redraws for a change of state or of the setup checks.
@@ -72,7 +73,10 @@ ColumnLayout {
             Label {
                 objectName: "elsewhereNote"
                 visible: row.elsewhere
-                text: "Running outside Tolvane: another program started its emulator."
+                text: !row.elsewhere ? ""
+                      : row.elsewhereSerials.length > 1
+                      ? "Running outside Tolvane in " + row.elsewhereSerials.length + " emulators (" + row.elsewhereSerials.join(", ") + "): another program started them."
+                      : "Running outside Tolvane: another program started its emulator."
                 font: Style.caption
                 color: Style.secondary
                 wrapMode: Text.Wrap
@@ -88,8 +92,8 @@ ColumnLayout {
             }
             Label {
                 objectName: "diskSize"
-                visible: row.store.phoneSizes[row.phone.name] !== undefined
-                text: visible ? "Takes " + row.store.formatBytes(row.store.phoneSizes[row.phone.name]) + " on disk" : ""
+                visible: row.store.diskUse.phoneSizes[row.phone.name] !== undefined
+                text: visible ? "Takes " + row.store.diskUse.formatBytes(row.store.diskUse.phoneSizes[row.phone.name]) + " on disk" : ""
                 font: Style.caption
                 color: Style.secondary
             }
@@ -142,7 +146,7 @@ ColumnLayout {
                 text: "Stop"
                 enabled: (!row.deleting && row.state !== EmulatorProcess.Stopped && row.state !== EmulatorProcess.Stopping)
                          || (row.elsewhere && !row.stoppingElsewhere)
-                onClicked: row.elsewhere ? row.store.stopElsewhere(row.phone.name) : row.store.runner(row.phone.name).stop()
+                onClicked: row.elsewhere ? row.store.elsewhere.stop(row.phone.name) : row.store.runner(row.phone.name).stop()
                 Accessible.name: "Stop " + row.phone.name
             }
             Button {
@@ -160,6 +164,15 @@ ColumnLayout {
                 Accessible.name: "Delete " + row.phone.name
             }
         }
+    }
+    Label {
+        objectName: "refusal"
+        visible: text !== ""
+        text: row.store.refusals[row.phone.name] !== undefined ? row.store.refusals[row.phone.name] : ""
+        textFormat: Text.PlainText
+        color: Style.orange
+        wrapMode: Text.Wrap
+        Layout.fillWidth: true
     }
     RowLayout {
         objectName: "slowBoot"

@@ -129,6 +129,18 @@ Item {
             Item { Layout.fillWidth: true }
         }
         DiskUseLine { store: view.store }
+        Label {
+            objectName: "elsewhereProblem"
+            visible: view.store.phones.length > 0 && view.store.elsewhere.problem !== undefined
+            text: visible ? "Tolvane cannot tell which phones run outside it: " + view.store.elsewhere.problem : ""
+            textFormat: Text.PlainText
+            color: Style.orange
+            font: Style.caption
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+        }
 
         GroupBox {
             objectName: "startOptions"

@@ -207,7 +207,7 @@ struct Shot
         } else if (word == QLatin1String("locked")) {
             waitUntil([&] { return !store->lockedPhones().isEmpty(); });
         } else if (word == QLatin1String("elsewhere")) {
-            waitUntil([&] { return !store->elsewhere().isEmpty(); });
+            waitUntil([&] { return !store->elsewhere()->phones().isEmpty(); });
         } else {
             qFatal("no such step: %s", qPrintable(step));
         }

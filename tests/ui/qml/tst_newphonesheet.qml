@@ -67,15 +67,15 @@ TolvaneTestCase {
             return null
         }
         tryVerify(() => removeButton(unused) !== null, 20000)
-        compare(store.installedImages.length, 2)
+        compare(store.diskUse.installedImages.length, 2)
         verify(!removeButton("system-images;android-34;google_apis;arm64-v8a").visible)
         mouseClick(removeButton(unused))
         const dialog = findChild(sheet, "removeImageDialog")
         tryVerify(() => dialog.opened)
         compare(dialog.title, "Remove Android 13 (API 33), Google APIs?")
         mouseClick(findChild(dialog, "confirm"))
-        tryVerify(() => store.installedImages.length === 1, 30000)
-        compare(store.installedImages[0].users, ["Pixel_Keeps"])
+        tryVerify(() => store.diskUse.installedImages.length === 1, 30000)
+        compare(store.diskUse.installedImages[0].users, ["Pixel_Keeps"])
     }
 
     function test_playSwitchMovesTheVersion() {

@@ -21,6 +21,9 @@ TolvaneTestCase {
         verify(findChild(view, "diskUseLine").visible)
         for (const button of ["Start", "Wipe data", "Delete"])
             verify(!findChild(row, button).enabled, button)
+        // A start asked for anyway is refused, and the row says why.
+        store.start("Pixel_Outside", view.options(false))
+        compare(findChild(row, "refusal").text, "Pixel_Outside is already running outside Tolvane (emulator-5554).")
         mouseClick(findChild(row, "Stop"))
         tryCompare(findChild(row, "statusLabel"), "text", "Stopped", 20000)
         verify(findChild(row, "Start").enabled)
@@ -55,6 +58,8 @@ TolvaneTestCase {
         verify(findChild(row, "Stop").enabled)
         verify(!findChild(row, "Delete").enabled)
         mouseClick(findChild(row, "Stop"))
+        compare(label.text, "Stopping")
+        verify(!findChild(row, "Stop").enabled)
         tryCompare(label, "text", "Stopped", 30000)
 
         // Wiping applies to the one start it makes.
