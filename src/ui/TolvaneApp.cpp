@@ -34,11 +34,11 @@ TolvaneApp::TolvaneApp(QObject *parent)
     , m_saveChooser(new DialogSaveLocationChooser(this))
 {
     m_installer->setSaveLocationChooser(m_saveChooser);
-    // What the installer learnt about a phone lasts while that phone runs.
+    // What the installer learnt about a phone lasts while that phone runs, ours or one started elsewhere.
     connect(m_store, &PhoneStore::runnersChanged, m_installer, [this] {
         QStringList serials;
-        for (const EmulatorProcess *runner : m_store->runningRunners())
-            serials.append(runner->serial());
+        for (const QVariant &target : m_store->runningTargets())
+            serials.append(target.toMap().value(QStringLiteral("serial")).toString());
         m_installer->keepPhonesOnly(serials);
     });
     theApp = this;

@@ -1,4 +1,5 @@
 #include "DataTable.h"
+#include "SimApk.h"
 #include "SimHost.h"
 #include "TolvaneApp.h"
 
@@ -12,7 +13,11 @@
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
+#include <QCoro/QCoroTask>
+
 #include <csignal>
+
+using QCoro::waitFor;
 
 Q_IMPORT_QML_PLUGIN(TolvanePlugin)
 
@@ -67,6 +72,35 @@ private Q_SLOTS:
         Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
         QVERIFY(main->isVisible());
         QTRY_VERIFY(!app.setup()->brewReady());
+    }
+
+    // What the installer learnt about a phone lasts while that phone runs, ours or one started elsewhere,
+    // and no longer: a serial can come back as another phone.
+    void installerKnowsRunningPhonesOnly()
+    {
+        QTemporaryDir root;
+        SimHost sim(root.path());
+        sim.activate();
+        sim.makeReady();
+        sim.createPhone(QStringLiteral("A"));
+        const QString serial = sim.startPhone(QStringLiteral("A"));
+        const QString apk = root.filePath(QStringLiteral("com.example.native.apk"));
+        SimApk::write(apk, {QStringLiteral("arm64-v8a")});
+        TolvaneApp app(nullptr);
+        PhoneStore *store = app.store();
+        const auto install = [&] {
+            waitFor(app.installer()->installTask({QUrl::fromLocalFile(apk)}, serial));
+            return sim.adbCalls().filter(QStringLiteral("abilist")).size();
+        };
+        waitFor(store->refreshTask());
+        QCOMPARE(install(), 1);
+        waitFor(store->refreshTask());
+        QCOMPARE(install(), 1);
+
+        waitFor(store->elsewhere()->stopTask(QStringLiteral("A")));
+        sim.startPhone(QStringLiteral("A"));
+        waitFor(store->refreshTask());
+        QCOMPARE(install(), 2);
     }
 
     // The file dialogs cost nothing at start; the save dialog proposes a folder the user can write to.
