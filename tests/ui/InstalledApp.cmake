@@ -5,10 +5,10 @@
 #
 # The QML module Tolvane is a static plugin linked into the executable, its qmldir and views in the
 # executable's resources, so the executable carries the module: what proves it is there is the installed
-# app compiling every view and drawing its main window (--self-test). Where Qt's deployment made the app
-# self-contained (a Mac bundle; Linux with Qt 6.5 or newer) the platform plugins and Qt Quick's QML
-# modules must be in the tree, and every QML module the app loads from disk must come from inside it.
-# With Qt 6.4 on Linux the installed app uses the system's Qt, so there is no such tree to check.
+# app compiling every view and drawing its main window (--self-test). Where Qt was deployed beside the
+# app (a qt.conf; the Mac bundle) its platform plugins and Qt Quick's QML modules must be in the tree, and
+# every QML module the app loads from disk must come from inside it. On Linux the installed app uses the
+# system's Qt.
 cmake_minimum_required(VERSION 3.25)
 
 function(fail)
