@@ -1,10 +1,12 @@
 #include "DataTable.h"
 #include "SimHost.h"
 #include "TolvaneApp.h"
+#include "TolvaneVersion.h"
 
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickWindow>
 #include <QStandardPaths>
@@ -13,6 +15,7 @@
 #include <QtQml/qqmlextensionplugin.h>
 
 #include <csignal>
+#include <memory>
 
 Q_IMPORT_QML_PLUGIN(TolvanePlugin)
 
@@ -42,6 +45,12 @@ private Q_SLOTS:
         // Showing the window checks the machine.
         QTRY_VERIFY(app.setup()->brewReady());
         QCOMPARE(main->minimumSize(), QSize(780, 640));
+
+        // The views read the version project(VERSION) sets.
+        QQmlComponent about(&engine);
+        about.setData("import QtQml\nimport Tolvane\nQtObject { property string v: TolvaneApp.version }", {});
+        const std::unique_ptr<QObject> shown(about.create());
+        QCOMPARE(shown->property("v").toString(), QStringLiteral(TOLVANE_VERSION));
 
         QVERIFY(!main->property("logsWindow").value<QQuickWindow *>());
         QMetaObject::invokeMethod(main, "openLogs");
