@@ -1,6 +1,6 @@
 # Checks an installed Tolvane the way a user gets it: run as
 #   cmake -DSTAGE=<folder> -DVERSION=<x.y> [-DBUILD_DIR=<build tree>] -P InstalledApp.cmake
-# With BUILD_DIR, the build tree is first installed into a fresh STAGE (cmake --install runs Qt's
+# With BUILD_DIR, the build tree is first installed into a fresh STAGE (on a Mac, cmake --install runs Qt's
 # deployment too). ./dev package runs it on the signed Mac bundle without BUILD_DIR.
 #
 # The QML module Tolvane is a static plugin linked into the executable, its qmldir and views in the
@@ -25,6 +25,7 @@ if(BUILD_DIR)
     endif()
 endif()
 
+# A Mac bundle always carries its Qt; elsewhere a qt.conf beside the executable says Qt was deployed.
 if(EXISTS "${STAGE}/Tolvane.app")
     set(root "${STAGE}/Tolvane.app/Contents")
     set(executable "${root}/MacOS/Tolvane")
@@ -48,9 +49,11 @@ if(NOT status EQUAL 0 OR NOT output STREQUAL "Tolvane ${VERSION}\n")
     fail("Tolvane --version answered \"${output}\" (status ${status}), not \"Tolvane ${VERSION}\"")
 endif()
 
-set(deployed FALSE)
-if(EXISTS "${qt_conf}")
+if(EXISTS "${STAGE}/Tolvane.app" OR EXISTS "${qt_conf}")
     set(deployed TRUE)
+    if(NOT EXISTS "${qt_conf}")
+        fail("there is no ${qt_conf} to point Qt at the bundle's plugins and QML modules")
+    endif()
     file(GLOB platforms "${platform_plugins}")
     if(NOT platforms)
         fail("no platform plugin at ${platform_plugins}")
@@ -60,6 +63,8 @@ if(EXISTS "${qt_conf}")
             fail("the QML module ${module} is not in ${qml}")
         endif()
     endforeach()
+else()
+    set(deployed FALSE)
 endif()
 
 # The self-test reads no real user's folders: HOME is an empty folder of the stage. It runs a second time
