@@ -1,7 +1,7 @@
 # Checks an installed Tolvane the way a user gets it: run as
 #   cmake -DSTAGE=<folder> -DVERSION=<x.y> [-DBUILD_DIR=<build tree>] -P InstalledApp.cmake
-# With BUILD_DIR, the build tree is first installed into a fresh STAGE (on a Mac, cmake --install runs Qt's
-# deployment too). ./dev package runs it on the signed Mac bundle without BUILD_DIR.
+# With BUILD_DIR, the build tree is first installed into a fresh STAGE, as the Linux test does. On a Mac
+# ./dev package installs and signs the bundle itself, then runs this without BUILD_DIR.
 #
 # The QML module Tolvane is a static plugin linked into the executable, its qmldir and views in the
 # executable's resources, so the executable carries the module: what proves it is there is the installed
