@@ -1,6 +1,7 @@
 #include "TolvaneApp.h"
 
 #include "AndroidTools.h"
+#include "TolvaneVersion.h"
 
 #include <QClipboard>
 #include <QDesktopServices>
@@ -56,6 +57,11 @@ TolvaneApp *TolvaneApp::create(QQmlEngine *, QJSEngine *)
     Q_ASSERT_X(theApp, "TolvaneApp", "the application object is made before QML needs it");
     QJSEngine::setObjectOwnership(theApp, QJSEngine::CppOwnership);
     return theApp;
+}
+
+QString TolvaneApp::version() const
+{
+    return QStringLiteral(TOLVANE_VERSION);
 }
 
 bool TolvaneApp::emulatorInstalled() const

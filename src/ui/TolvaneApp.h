@@ -24,6 +24,7 @@ class TolvaneApp : public QObject
     Q_PROPERTY(ApkInstaller *installer READ installer CONSTANT)
     Q_PROPERTY(DialogSaveLocationChooser *saveChooser READ saveChooser CONSTANT)
     Q_PROPERTY(bool mainWindowDrawn READ mainWindowDrawn NOTIFY mainWindowDrawnChanged)
+    Q_PROPERTY(QString version READ version CONSTANT)
 
 public:
     // Ignores SIGPIPE before any model object exists: a tool that exits without reading its input must
@@ -38,6 +39,8 @@ public:
     PhoneStore *store() const { return m_store; }
     ApkInstaller *installer() const { return m_installer; }
     DialogSaveLocationChooser *saveChooser() const { return m_saveChooser; }
+    // The version project(VERSION) sets, for the views that show it.
+    QString version() const;
 
     // Asked each time a phone row is drawn: the emulator program can vanish or appear at any moment.
     Q_INVOKABLE bool emulatorInstalled() const;

@@ -2,10 +2,12 @@
 #include "SimApk.h"
 #include "SimHost.h"
 #include "TolvaneApp.h"
+#include "TolvaneVersion.h"
 
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickWindow>
 #include <QStandardPaths>
@@ -16,6 +18,7 @@
 #include <QCoro/QCoroTask>
 
 #include <csignal>
+#include <memory>
 
 using QCoro::waitFor;
 
@@ -47,6 +50,12 @@ private Q_SLOTS:
         // Showing the window checks the machine.
         QTRY_VERIFY(app.setup()->brewReady());
         QCOMPARE(main->minimumSize(), QSize(780, 640));
+
+        // The views read the version project(VERSION) sets.
+        QQmlComponent about(&engine);
+        about.setData("import QtQml\nimport Tolvane\nQtObject { property string v: TolvaneApp.version }", {});
+        const std::unique_ptr<QObject> shown(about.create());
+        QCOMPARE(shown->property("v").toString(), QStringLiteral(TOLVANE_VERSION));
 
         QVERIFY(!main->property("logsWindow").value<QQuickWindow *>());
         QMetaObject::invokeMethod(main, "openLogs");
