@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <QCoro/QCoroFuture>
+
 #include <algorithm>
 
 namespace {
@@ -35,6 +37,16 @@ QStringList packageNames(const QString &listing)
     }
     std::sort(names.begin(), names.end());
     return names;
+}
+
+// A handful of names, then how many more: an archive can name thousands.
+QString someOf(const QStringList &names)
+{
+    constexpr qsizetype shown = 5;
+    if (names.size() <= shown)
+        return names.join(QStringLiteral(", "));
+    return names.first(shown).join(QStringLiteral(", ")) + QStringLiteral(" and ")
+        + QString::number(names.size() - shown) + QStringLiteral(" more");
 }
 
 // The signature's start, and more than the signature's eight bytes.
@@ -151,7 +163,12 @@ QCoro::Task<> ApkInstaller::installOne(QString path, QString serial)
 QCoro::Task<std::optional<QString>> ApkInstaller::refusal(QString path, QString serial)
 {
     const QString file = QFileInfo(path).fileName();
-    const ApkArchive archive = ApkArchive::read(path);
+    QPointer<ApkInstaller> self(this);
+    // Reading the table of contents takes time in its length, which the file alone decides.
+    auto reading = qCoro(ApkArchive::readInBackground(path));
+    const ApkArchive archive = co_await reading.takeResult();
+    if (!self)
+        co_return std::nullopt;
     if (!archive.isArchive()) {
         co_return QStringLiteral(
             "Not installed: %1 is not a zip archive (%2), so it cannot be an Android app. "
@@ -160,7 +177,6 @@ QCoro::Task<std::optional<QString>> ApkInstaller::refusal(QString path, QString 
     }
     if (archive.abis().isEmpty())
         co_return std::nullopt;
-    QPointer<ApkInstaller> self(this);
     auto asking = phoneAbis(serial);
     const QStringList abis = co_await std::move(asking);
     // When the phone cannot tell, adb decides.
@@ -168,7 +184,7 @@ QCoro::Task<std::optional<QString>> ApkInstaller::refusal(QString path, QString 
         co_return std::nullopt;
     co_return QStringLiteral("Not installed: %1 has native code only for %2, and this phone runs %3. "
                              "Ask the app's maker for a build that includes %4 (or a universal APK).")
-        .arg(file, archive.abis().join(QStringLiteral(", ")), abis.join(QStringLiteral(", ")), abis.first());
+        .arg(file, someOf(archive.abis()), someOf(abis), abis.first());
 }
 
 QCoro::Task<QStringList> ApkInstaller::phoneAbis(QString serial)
