@@ -81,8 +81,9 @@ ApkInstaller::ApkInstaller(SaveLocationChooser *chooser, QObject *parent)
     : QObject(parent)
     , m_chooser(chooser)
 {
-    for (auto signal : {&ApkInstaller::outputChanged, &ApkInstaller::busyChanged,
-             &ApkInstaller::packagesChanged, &ApkInstaller::packagesNoteChanged})
+    for (auto signal :
+        {&ApkInstaller::outputChanged, &ApkInstaller::busyChanged, &ApkInstaller::packagesChanged,
+            &ApkInstaller::packagesNoteChanged, &ApkInstaller::latestSerialChanged})
         connect(this, signal, this, &ApkInstaller::changed);
 }
 
@@ -113,7 +114,7 @@ void ApkInstaller::screenshot(const QString &serial)
 
 QCoro::Task<> ApkInstaller::installTask(QList<QUrl> urls, QString serial)
 {
-    beginAction();
+    beginAction(serial);
     QStringList paths;
     for (const QUrl &url : std::as_const(urls)) {
         const QString path = url.path();
@@ -221,7 +222,7 @@ void ApkInstaller::reinstall(const QString &package, const QString &path, const 
 
 QCoro::Task<> ApkInstaller::reinstallTask(QString package, QString path, QString serial)
 {
-    beginAction();
+    beginAction(serial);
     setBusy(true);
     QPointer<ApkInstaller> self(this);
     auto removing = removePackage(package, serial);
@@ -274,7 +275,7 @@ QCoro::Task<> ApkInstaller::refreshPackagesTask(QString serial)
 
 QCoro::Task<> ApkInstaller::uninstallTask(QString package, QString serial)
 {
-    beginAction();
+    beginAction(serial);
     setBusy(true);
     QPointer<ApkInstaller> self(this);
     auto removing = removePackage(package, serial);
@@ -303,7 +304,7 @@ QCoro::Task<bool> ApkInstaller::removePackage(QString package, QString serial)
 
 QCoro::Task<> ApkInstaller::screenshotTask(QString serial)
 {
-    beginAction();
+    beginAction(serial);
     setBusy(true);
     const QStringList arguments
         = {QStringLiteral("exec-out"), QStringLiteral("screencap"), QStringLiteral("-p")};
@@ -354,9 +355,11 @@ void ApkInstaller::log(const QString &message)
     Q_EMIT outputChanged();
 }
 
-void ApkInstaller::beginAction()
+void ApkInstaller::beginAction(const QString &serial)
 {
     m_latestOutput.clear();
+    m_latestSerial = serial;
+    Q_EMIT latestSerialChanged();
     Q_EMIT outputChanged();
 }
 
