@@ -209,10 +209,6 @@ struct Shot
                         : QUrl::fromLocalFile(sim.writeFile(name, QStringLiteral("PK"))));
             auto installing = app->installer()->installTask(files, QStringLiteral("emulator-5554"));
             QCoro::waitFor(std::move(installing));
-        } else if (word == QLatin1String("reinstall-fix")) {
-            QMetaObject::invokeMethod(
-                find(QStringLiteral("outputHint"))->findChild<QObject *>(QStringLiteral("hintFix")),
-                "clicked");
         } else if (word == QLatin1String("apps-end")) {
             settle(); // the hint's height is laid out first
             auto *flick = find(QStringLiteral("appsView"))->property("contentItem").value<QObject *>();
@@ -278,9 +274,6 @@ const char *const shots[][3] = {
     {"28-apps-fix-on-another-phone", "phones signed-elsewhere",
         "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk|install:com.example.notes.apk|"
         "start:Pixel_8_Play|pick:Pixel_8_Play|apps-end"},
-    {"28b-apps-fix-confirmation", "phones signed-elsewhere",
-        "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk|install:com.example.notes.apk|"
-        "reinstall-fix"},
 };
 
 } // namespace
