@@ -6,7 +6,7 @@
 
 namespace SimApk {
 
-void write(const QString &path, const QStringList &abis)
+void write(const QString &path, const QStringList &abis, int padding)
 {
     QFile::remove(path);
     int code = 0;
@@ -24,6 +24,8 @@ void write(const QString &path, const QStringList &abis)
         add(QStringLiteral("lib/") + abi + QStringLiteral("/libnative.so"),
             "\x7f"
             "ELF");
+    for (int i = 0; i < padding; ++i)
+        add(QStringLiteral("assets/%1").arg(i), "");
     if (zip_close(zip) < 0)
         qFatal("cannot write %s", qPrintable(path));
 }

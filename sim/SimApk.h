@@ -7,6 +7,7 @@
 namespace SimApk {
 
 // Writes the archive at `path`, replacing any file there; an empty list makes an app without native code.
-void write(const QString &path, const QStringList &abis = {});
+// `padding` more entries (empty assets) make an archive as long as a hostile one.
+void write(const QString &path, const QStringList &abis = {}, int padding = 0);
 
 } // namespace SimApk

@@ -125,8 +125,25 @@ void SimHost::installJava()
 {
     if (!QFile::exists(brewPath()))
         installBrew();
-    installStub(QStringLiteral("java"),
-        m_root + QStringLiteral("/opt/homebrew/opt/openjdk@17/libexec/openjdk.jdk/Contents/Home/bin/java"));
+    installJdk(m_root + QStringLiteral("/opt/homebrew/opt/openjdk@17/libexec/openjdk.jdk/Contents/Home"),
+        QStringLiteral("17.0.13"), QStringLiteral("aarch64"));
+}
+
+void SimHost::installSystemJava(const QString &folder, const QString &version, const QString &arch)
+{
+    installJdk(m_root + QStringLiteral("/Library/Java/JavaVirtualMachines/") + folder
+            + QStringLiteral("/Contents/Home"),
+        version, arch);
+}
+
+void SimHost::installJdk(const QString &home, const QString &version, const QString &arch) const
+{
+    installStub(QStringLiteral("java"), home + QStringLiteral("/bin/java"));
+    if (!version.isEmpty()) {
+        writeText(home + QStringLiteral("/release"),
+            "IMPLEMENTOR=\"Homebrew\"\nJAVA_VERSION=\"" + version.toUtf8() + "\"\nOS_ARCH=\"" + arch.toUtf8()
+                + "\"\nOS_NAME=\"Darwin\"\n");
+    }
 }
 
 void SimHost::installCommandLineTools()

@@ -29,6 +29,9 @@ public:
 
     void installBrew(bool legacyPrefix = false);
     void installJava();
+    // A JDK in the system's folder of JDKs, as its own installer leaves it: "jdk-11.jdk", "11.0.2",
+    // "x86_64" for an old Intel one. An empty version leaves out the release file that names both.
+    void installSystemJava(const QString &folder, const QString &version, const QString &arch);
     void installCommandLineTools();
     void acceptLicenses();
     void installEmulator();
@@ -61,6 +64,7 @@ private:
     // What the app gives the tools, and where they find the simulator.
     QProcessEnvironment toolEnvironment() const;
     void installStub(const QString &tool, const QString &path) const;
+    void installJdk(const QString &home, const QString &version, const QString &arch) const;
 
     QString m_root;
     bool m_arm64;

@@ -32,6 +32,18 @@ sim_install_stub() {
     chmod 755 "$2"
 }
 
+# sim_install_jdk HOME VERSION ARCH: a JDK's Java home: the java launcher and the release file that names
+# the JDK's version and processor, as every JDK since Java 9 has.
+sim_install_jdk() {
+    sim_install_stub java "$1/bin/java"
+    printf 'IMPLEMENTOR="Homebrew"\nJAVA_VERSION="%s"\nOS_ARCH="%s"\nOS_NAME="Darwin"\n' "$2" "$3" >"$1/release"
+}
+
+# sim_java_version: the feature release of the Java at JAVA_HOME, from its release file (8 for 1.8.0_x).
+sim_java_version() {
+    sed -n 's/^JAVA_VERSION="\(1\.\)\{0,1\}\([0-9]*\).*/\2/p' "$JAVA_HOME/release" 2>/dev/null
+}
+
 # sim_bar PERCENT LABEL: one frame of sdkmanager's progress bar, redrawn in place with a carriage return.
 sim_bar() {
     filled=$(($1 * 39 / 100))
@@ -58,7 +70,8 @@ sim_needs_java() {
         echo
         exit 1
     fi
-    if sim_failing java-too-old; then
+    version=$(sim_java_version)
+    if sim_failing java-too-old || [ "${version:-17}" -lt 17 ]; then
         tool=$(basename "$0")
         echo "Exception in thread \"main\" java.lang.UnsupportedClassVersionError: com/android/sdklib/tool/$tool/${tool}Cli has been compiled by a more recent version of the Java Runtime (class file version 61.0), this version of the Java Runtime only recognizes class file versions up to 52.0"
         echo "	at java.lang.ClassLoader.defineClass1(Native Method)"

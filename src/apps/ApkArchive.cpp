@@ -1,6 +1,9 @@
 #include "ApkArchive.h"
 
 #include <QFile>
+#include <QPromise>
+#include <QSet>
+#include <QThreadPool>
 
 #include <zip.h>
 
@@ -27,6 +30,9 @@ ApkArchive ApkArchive::read(const QString &path)
         archive.m_error = QStringLiteral("The archive is empty");
         return archive;
     }
+    if (count > maxEntries)
+        return archive;
+    QSet<QString> abis;
     for (zip_int64_t i = 0; i < count; ++i) {
         const char *entry = zip_get_name(zip.get(), zip_uint64_t(i), ZIP_FL_ENC_GUESS);
         if (!entry)
@@ -34,11 +40,25 @@ ApkArchive ApkArchive::read(const QString &path)
         // lib/<abi>/libsomething.so
         const QStringList parts = QString::fromUtf8(entry).split(QLatin1Char('/'));
         if (parts.size() >= 3 && parts[0] == QLatin1String("lib") && !parts[1].isEmpty()
-            && !parts.last().isEmpty() && !archive.m_abis.contains(parts[1]))
-            archive.m_abis.append(parts[1]);
+            && !parts.last().isEmpty())
+            abis.insert(parts[1]);
     }
+    archive.m_abis = abis.values();
     archive.m_abis.sort();
     return archive;
+}
+
+QFuture<ApkArchive> ApkArchive::readInBackground(const QString &path)
+{
+    // The pool's job is copied around, so the promise it fulfils is shared.
+    auto promise = std::make_shared<QPromise<ApkArchive>>();
+    QFuture<ApkArchive> future = promise->future();
+    promise->start();
+    QThreadPool::globalInstance()->start([promise, path] {
+        promise->addResult(read(path));
+        promise->finish();
+    });
+    return future;
 }
 
 bool ApkArchive::runsOn(const QStringList &phoneAbis) const

@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <QCoro/QCoroFuture>
+
 #include <algorithm>
 
 namespace {
@@ -35,6 +37,16 @@ QStringList packageNames(const QString &listing)
     }
     std::sort(names.begin(), names.end());
     return names;
+}
+
+// A handful of names, then how many more: an archive can name thousands.
+QString someOf(const QStringList &names)
+{
+    constexpr qsizetype shown = 5;
+    if (names.size() <= shown)
+        return names.join(QStringLiteral(", "));
+    return names.first(shown).join(QStringLiteral(", ")) + QStringLiteral(" and ")
+        + QString::number(names.size() - shown) + QStringLiteral(" more");
 }
 
 // The signature's start, and more than the signature's eight bytes.
@@ -69,8 +81,9 @@ ApkInstaller::ApkInstaller(SaveLocationChooser *chooser, QObject *parent)
     : QObject(parent)
     , m_chooser(chooser)
 {
-    for (auto signal : {&ApkInstaller::outputChanged, &ApkInstaller::busyChanged,
-             &ApkInstaller::packagesChanged, &ApkInstaller::packagesNoteChanged})
+    for (auto signal :
+        {&ApkInstaller::outputChanged, &ApkInstaller::busyChanged, &ApkInstaller::packagesChanged,
+            &ApkInstaller::packagesNoteChanged, &ApkInstaller::latestSerialChanged})
         connect(this, signal, this, &ApkInstaller::changed);
 }
 
@@ -101,7 +114,7 @@ void ApkInstaller::screenshot(const QString &serial)
 
 QCoro::Task<> ApkInstaller::installTask(QList<QUrl> urls, QString serial)
 {
-    beginAction();
+    beginAction(serial);
     QStringList paths;
     for (const QUrl &url : std::as_const(urls)) {
         const QString path = url.path();
@@ -151,7 +164,12 @@ QCoro::Task<> ApkInstaller::installOne(QString path, QString serial)
 QCoro::Task<std::optional<QString>> ApkInstaller::refusal(QString path, QString serial)
 {
     const QString file = QFileInfo(path).fileName();
-    const ApkArchive archive = ApkArchive::read(path);
+    QPointer<ApkInstaller> self(this);
+    // Reading the table of contents takes time in its length, which the file alone decides.
+    auto reading = qCoro(ApkArchive::readInBackground(path));
+    const ApkArchive archive = co_await reading.takeResult();
+    if (!self)
+        co_return std::nullopt;
     if (!archive.isArchive()) {
         co_return QStringLiteral(
             "Not installed: %1 is not a zip archive (%2), so it cannot be an Android app. "
@@ -160,7 +178,6 @@ QCoro::Task<std::optional<QString>> ApkInstaller::refusal(QString path, QString 
     }
     if (archive.abis().isEmpty())
         co_return std::nullopt;
-    QPointer<ApkInstaller> self(this);
     auto asking = phoneAbis(serial);
     const QStringList abis = co_await std::move(asking);
     // When the phone cannot tell, adb decides.
@@ -168,7 +185,7 @@ QCoro::Task<std::optional<QString>> ApkInstaller::refusal(QString path, QString 
         co_return std::nullopt;
     co_return QStringLiteral("Not installed: %1 has native code only for %2, and this phone runs %3. "
                              "Ask the app's maker for a build that includes %4 (or a universal APK).")
-        .arg(file, archive.abis().join(QStringLiteral(", ")), abis.join(QStringLiteral(", ")), abis.first());
+        .arg(file, someOf(archive.abis()), someOf(abis), abis.first());
 }
 
 QCoro::Task<QStringList> ApkInstaller::phoneAbis(QString serial)
@@ -205,7 +222,7 @@ void ApkInstaller::reinstall(const QString &package, const QString &path, const 
 
 QCoro::Task<> ApkInstaller::reinstallTask(QString package, QString path, QString serial)
 {
-    beginAction();
+    beginAction(serial);
     setBusy(true);
     QPointer<ApkInstaller> self(this);
     auto removing = removePackage(package, serial);
@@ -258,7 +275,7 @@ QCoro::Task<> ApkInstaller::refreshPackagesTask(QString serial)
 
 QCoro::Task<> ApkInstaller::uninstallTask(QString package, QString serial)
 {
-    beginAction();
+    beginAction(serial);
     setBusy(true);
     QPointer<ApkInstaller> self(this);
     auto removing = removePackage(package, serial);
@@ -287,7 +304,7 @@ QCoro::Task<bool> ApkInstaller::removePackage(QString package, QString serial)
 
 QCoro::Task<> ApkInstaller::screenshotTask(QString serial)
 {
-    beginAction();
+    beginAction(serial);
     setBusy(true);
     const QStringList arguments
         = {QStringLiteral("exec-out"), QStringLiteral("screencap"), QStringLiteral("-p")};
@@ -338,9 +355,11 @@ void ApkInstaller::log(const QString &message)
     Q_EMIT outputChanged();
 }
 
-void ApkInstaller::beginAction()
+void ApkInstaller::beginAction(const QString &serial)
 {
     m_latestOutput.clear();
+    m_latestSerial = serial;
+    Q_EMIT latestSerialChanged();
     Q_EMIT outputChanged();
 }
 

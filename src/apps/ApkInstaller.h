@@ -28,6 +28,7 @@ class ApkInstaller : public QObject
     Q_PROPERTY(QStringList packages READ packages NOTIFY packagesChanged)
     Q_PROPERTY(QVariant packagesNote READ packagesNoteVariant NOTIFY packagesNoteChanged)
     Q_PROPERTY(QString latestOutput READ latestOutput NOTIFY outputChanged)
+    Q_PROPERTY(QString latestSerial READ latestSerial NOTIFY latestSerialChanged)
 
 public:
     // How long each adb run may take, in seconds; tests shorten them.
@@ -49,6 +50,9 @@ public:
     std::optional<QString> packagesNote() const { return m_packagesNote; }
     // What the latest install, uninstall or screenshot logged, for explaining its failure.
     QString latestOutput() const { return m_latestOutput; }
+    // The phone the latest install, uninstall or screenshot acted on: what a fix for its failure acts on,
+    // whichever phone is picked by then.
+    QString latestSerial() const { return m_latestSerial; }
 
     // Asked where each screenshot goes; without one, a screenshot is dropped as if the user cancelled.
     void setSaveLocationChooser(SaveLocationChooser *chooser);
@@ -76,6 +80,7 @@ Q_SIGNALS:
     void busyChanged();
     void packagesChanged();
     void packagesNoteChanged();
+    void latestSerialChanged();
     // Any of the above.
     void changed();
 
@@ -84,8 +89,8 @@ private:
 
     // Appends one message to the log, on a line of its own.
     void log(const QString &message);
-    // Starts what latestOutput holds.
-    void beginAction();
+    // Starts what latestOutput holds, about this phone.
+    void beginAction(const QString &serial);
     // Why the file must not go to the phone, or none; asks the phone for its ABIs when the app has
     // native code.
     QCoro::Task<std::optional<QString>> refusal(QString path, QString serial);
@@ -105,6 +110,7 @@ private:
     QStringList m_packages;
     std::optional<QString> m_packagesNote;
     QString m_latestOutput;
+    QString m_latestSerial;
     QHash<QString, QStringList> m_phoneAbis; // by serial
     QPointer<SaveLocationChooser> m_chooser;
 };

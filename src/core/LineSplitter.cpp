@@ -2,6 +2,8 @@
 
 #include <QStringView>
 
+#include <algorithm>
+
 bool isBlank(QStringView text)
 {
     for (qsizetype i = 0; i < text.size(); ++i) {
@@ -56,13 +58,12 @@ std::optional<QString> LineSplitter::flush()
     return rest;
 }
 
-std::optional<int> percentValue(QStringView line)
+namespace {
+
+// Where the run of numeric characters (of any script) that ends at `end` begins, a code point at a time.
+qsizetype numericRunStart(QStringView line, qsizetype end)
 {
-    const qsizetype percent = line.lastIndexOf(QLatin1Char('%'));
-    if (percent < 0)
-        return std::nullopt;
-    // Walk back over numeric characters of any script, a code point at a time.
-    qsizetype begin = percent;
+    qsizetype begin = end;
     while (begin > 0) {
         qsizetype previous = begin - 1;
         char32_t c = line.at(previous).unicode();
@@ -74,16 +75,48 @@ std::optional<int> percentValue(QStringView line)
             break;
         begin = previous;
     }
-    const QStringView run = line.mid(begin, percent - begin);
+    return begin;
+}
+
+// The run's value when it is only ASCII digits and at most 101; 101 stands for anything above 100.
+std::optional<int> asciiValue(QStringView run)
+{
     if (run.isEmpty())
         return std::nullopt;
-    qint64 value = 0;
+    int value = 0;
     for (const QChar c : run) {
         if (c < QLatin1Char('0') || c > QLatin1Char('9'))
             return std::nullopt;
-        value = value * 10 + (c.unicode() - '0');
-        if (value > 100)
-            return std::nullopt; // also keeps the value from ever overflowing
+        // Capped, so the value never overflows however long the run.
+        value = std::min(value * 10 + (c.unicode() - '0'), 101);
     }
-    return int(value);
+    return value;
+}
+
+} // namespace
+
+std::optional<int> percentValue(QStringView line)
+{
+    const qsizetype percent = line.lastIndexOf(QLatin1Char('%'));
+    if (percent < 0)
+        return std::nullopt;
+    qsizetype begin = numericRunStart(line, percent);
+    std::optional<int> value = asciiValue(line.mid(begin, percent - begin));
+    if (!value)
+        return std::nullopt;
+    // A decimal percentage, as Homebrew's download bar prints ("12.5%"), counts by its whole part. The
+    // part before the point must be a number of its own: ".5%" and "1.2.5%" are none.
+    if (begin > 0 && line.at(begin - 1) == QLatin1Char('.')) {
+        const bool fractionZero = *value == 0;
+        const qsizetype point = begin - 1;
+        begin = numericRunStart(line, point);
+        if (begin > 0 && line.at(begin - 1) == QLatin1Char('.'))
+            return std::nullopt;
+        value = asciiValue(line.mid(begin, point - begin));
+        if (value && *value == 100 && !fractionZero)
+            return std::nullopt;
+    }
+    if (!value || *value > 100)
+        return std::nullopt;
+    return value;
 }

@@ -28,5 +28,6 @@ private:
 // Blank: empty, or only tabs and space separators.
 bool isBlank(QStringView text);
 
-// The percentage (0 to 100) written right before the line's last "%", if there is one.
+// The percentage (0 to 100) written right before the line's last "%", if there is one; a decimal one
+// ("12.5%") by its whole part.
 std::optional<int> percentValue(QStringView line);

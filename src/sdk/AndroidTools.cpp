@@ -4,7 +4,9 @@
 #include "ToolRunner.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 namespace AndroidTools {
 
@@ -111,6 +113,28 @@ std::optional<QString> javaHome()
             return candidate;
     }
     return std::nullopt;
+}
+
+JavaRelease javaRelease(const QString &home)
+{
+    JavaRelease release;
+    QFile file(home + QStringLiteral("/release"));
+    if (!file.open(QIODevice::ReadOnly))
+        return release;
+    // Lines of NAME="value"; the file is a few hundred bytes.
+    static const QRegularExpression entry(
+        QStringLiteral("^(JAVA_VERSION|OS_ARCH)=\"([^\"]*)\""), QRegularExpression::MultilineOption);
+    for (const QRegularExpressionMatch &match : entry.globalMatch(QString::fromUtf8(file.read(64 * 1024)))) {
+        const QString value = match.captured(2);
+        if (match.captured(1) == QLatin1String("OS_ARCH")) {
+            release.arch = value;
+            continue;
+        }
+        // Before Java 9 the feature release came second: "1.8.0_392"; early access builds say "21-ea".
+        static const QRegularExpression feature(QStringLiteral("^(?:1\\.)?(\\d+)"));
+        release.version = feature.match(value).captured(1).toInt();
+    }
+    return release;
 }
 
 QString licenseFile()

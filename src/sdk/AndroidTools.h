@@ -24,6 +24,14 @@ std::optional<QString> adbPath();
 std::optional<QString> emulatorPath();
 std::optional<QString> brewPath();
 std::optional<QString> javaHome();
+
+// What a Java home's "release" file says about the Java in it.
+struct JavaRelease
+{
+    int version = 0; // the feature release: 17 for "17.0.13", 8 for "1.8.0_392"; 0 when the file does not say
+    QString arch; // OS_ARCH: "aarch64" on Apple silicon, "x86_64" for Intel
+};
+JavaRelease javaRelease(const QString &home);
 QString licenseFile();
 
 QProcessEnvironment environment();

@@ -37,6 +37,11 @@ constexpr Entry table[] = {
         "The phone has no room left for this app.",
         "Uninstall apps you do not need, or wipe the phone's data on the Phones tab, and install again.",
         Fix::None},
+    {"unsigned-apk",
+        "INSTALL_PARSE_FAILED_(NO|INCONSISTENT)_CERTIFICATES|INSTALL_PARSE_FAILED_CERTIFICATE_ENCODING",
+        "The app is not signed, or its signature is broken, and Android installs only signed apps.",
+        "Ask the app's maker for a signed build of the .apk; downloading the same file again does not help.",
+        Fix::None},
     {"not-an-apk", "INSTALL_PARSE_FAILED_|Not installed: .* is not a zip archive",
         "Android could not read this file as an app: it is damaged or not an APK.",
         "Download the .apk again. App bundles (.aab, .apks, .xapk) cannot be installed this way: ask for a "
@@ -60,6 +65,12 @@ constexpr Entry table[] = {
     {"x86-phone", "CPU Architecture '(x86_64|x86)' is not supported",
         "This phone was made with an Intel (x86_64) system image, which cannot run on Apple silicon.",
         "Create a new phone with an arm64 Android version; Tolvane offers only those.", Fix::None},
+    {"intel-emulator", "CPU Architecture 'arm64' is not supported by the QEMU2 emulator on x86_64 host",
+        "The emulator installed is the one for Intel Macs: it runs under Rosetta and cannot start arm64 "
+        "phones. sdkmanager fetches it when it runs on a Java for Intel.",
+        "Install Java (OpenJDK 17) for Apple silicon on the Setup tab. Then delete the folder \"emulator\" "
+        "in the SDK folder named at the bottom of the Setup tab, and install the emulator there again.",
+        Fix::None},
     {"hypervisor", "HV_UNSUPPORTED|HVF error",
         "macOS did not let the emulator use the Mac's hypervisor, which it needs to run Android.",
         "Quit other virtual machines (Docker, UTM, Parallels) and start the phone again. Inside a virtual "
@@ -74,8 +85,16 @@ constexpr Entry table[] = {
         "Another program runs its own adb of a different version, and the two keep replacing each other's "
         "server.",
         "Quit Android Studio or other Android tools that bring their own adb, then try again.", Fix::None},
-    {"disk-full", "No space left on device", "The Mac's disk is full.",
-        "Free some space on the Mac (a system image needs about 1.5 GB) and try again.", Fix::None},
+    {"device-offline", "error: device offline",
+        "adb can see the phone, but the phone does not answer it yet.",
+        "Wait until the phone has finished starting and try again. If it stays offline, stop the phone on "
+        "the Phones tab and start it again.",
+        Fix::None},
+    {"disk-full", "No space left on device|Not enough space to create userdata partition",
+        "The Mac's disk is too full.",
+        "Free some space on the Mac (a system image needs about 1.5 GB, a phone's first start several GB "
+        "more) and try again.",
+        Fix::None},
 };
 
 QString fixName(Fix fix)

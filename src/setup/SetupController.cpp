@@ -6,10 +6,30 @@
 
 #include <QFileInfo>
 #include <QPointer>
+#include <QRegularExpression>
 
 namespace {
 
 const QString sdkManagerMissing = QStringLiteral("sdkmanager was not found.");
+
+// Why the Java the tools would be given cannot run them, or empty: they need Java 17 or newer, and on
+// Apple silicon one built for it. sdkmanager on an Intel Java runs under Rosetta and fetches the Intel
+// emulator, which cannot start arm64 phones.
+QString javaProblem()
+{
+    const auto home = AndroidTools::javaHome();
+    if (!home)
+        return QString();
+    const AndroidTools::JavaRelease release = AndroidTools::javaRelease(*home);
+    if (release.version == 0)
+        return QStringLiteral("Java found, but it does not say which version; the Android tools need 17");
+    if (release.version < 17)
+        return QStringLiteral("Java %1 found; the Android tools need 17").arg(release.version);
+    if (release.arch != QLatin1String("aarch64"))
+        return QStringLiteral("Java %1 for Intel found; the Android tools need one for Apple silicon")
+            .arg(release.version);
+    return QString();
+}
 
 } // namespace
 
@@ -34,7 +54,9 @@ void SetupController::refresh()
 {
     setFlag(m_isAppleSilicon, Host::current().arm64, &SetupController::isAppleSiliconChanged);
     setFlag(m_brewReady, AndroidTools::brewPath().has_value(), &SetupController::brewReadyChanged);
-    setFlag(m_javaReady, AndroidTools::javaHome().has_value(), &SetupController::javaReadyChanged);
+    m_javaNote = javaProblem();
+    setFlag(
+        m_javaReady, AndroidTools::javaHome() && m_javaNote.isEmpty(), &SetupController::javaReadyChanged);
     setFlag(m_cmdlineReady, AndroidTools::sdkManager() && AndroidTools::avdManager(),
         &SetupController::cmdlineReadyChanged);
     // Any file at the marker's place counts; sdkmanager owns what is in it.
@@ -148,8 +170,16 @@ QCoro::Task<> SetupController::loadLicenseTextTask()
         setMessage(*result.launchError);
         co_return;
     }
-    // The exit status says nothing useful here: refusing a licence makes sdkmanager fail.
+    // Refusing a licence makes sdkmanager fail, so a failed run still shows the licences it printed. One
+    // that names no licence failed before it got to them (no Java, say): that is no text to accept.
     const QString text = result.text.trimmed();
+    static const QRegularExpression licence(
+        QStringLiteral("\\blicen[cs]e"), QRegularExpression::CaseInsensitiveOption);
+    if (!result.isClean() && !licence.match(text).hasMatch()) {
+        setMessage(QStringLiteral("Showing the licenses failed: ")
+            + (text.isEmpty() ? result.failureSummary() : text));
+        co_return;
+    }
     setLicenseText(text.isEmpty() ? QStringLiteral("sdkmanager printed no license text.") : text);
 }
 

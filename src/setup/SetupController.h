@@ -21,6 +21,7 @@ class SetupController : public QObject
     Q_PROPERTY(bool isAppleSilicon READ isAppleSilicon NOTIFY isAppleSiliconChanged)
     Q_PROPERTY(bool brewReady READ brewReady NOTIFY brewReadyChanged)
     Q_PROPERTY(bool javaReady READ javaReady NOTIFY javaReadyChanged)
+    Q_PROPERTY(QString javaNote READ javaNote NOTIFY javaReadyChanged)
     Q_PROPERTY(bool cmdlineReady READ cmdlineReady NOTIFY cmdlineReadyChanged)
     Q_PROPERTY(bool licensesAccepted READ licensesAccepted NOTIFY licensesAcceptedChanged)
     Q_PROPERTY(bool emulatorReady READ emulatorReady NOTIFY emulatorReadyChanged)
@@ -41,6 +42,8 @@ public:
     bool isAppleSilicon() const { return m_isAppleSilicon; }
     bool brewReady() const { return m_brewReady; }
     bool javaReady() const { return m_javaReady; }
+    // What is wrong with the Java found when it does not count; empty otherwise.
+    QString javaNote() const { return m_javaNote; }
     bool cmdlineReady() const { return m_cmdlineReady; }
     bool licensesAccepted() const { return m_licensesAccepted; }
     bool emulatorReady() const { return m_emulatorReady; }
@@ -103,6 +106,7 @@ private:
     bool m_isAppleSilicon = false;
     bool m_brewReady = false;
     bool m_javaReady = false;
+    QString m_javaNote;
     bool m_cmdlineReady = false;
     bool m_licensesAccepted = false;
     bool m_emulatorReady = false;

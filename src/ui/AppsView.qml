@@ -25,6 +25,22 @@ ScrollView {
     }
     readonly property string serial: target ? target.serial : ""
 
+    // The phone the latest install, uninstall or screenshot acted on, by its serial and the name it had
+    // then: a fix for that action's failure acts there, never on whichever phone is picked by now. Once
+    // the phone stops, its serial can come back as another phone.
+    property string actedOnName
+    function noteActedOn() {
+        const runner = running.find(each => each.serial === installer.latestSerial)
+        actedOnName = runner ? runner.name : ""
+    }
+    readonly property string fixUnavailable: {
+        if (!running.some(each => each.serial === installer.latestSerial && each.name === actedOnName))
+            return (actedOnName !== "" ? actedOnName : "The phone") + ", where this happened, is no longer running."
+        if (installer.latestSerial !== serial)
+            return "This happened on " + actedOnName + ". Pick " + actedOnName + " above to fix it there."
+        return ""
+    }
+
     // Dropped files are installed one call each; the installer skips what is not an app.
     function dropFiles(urls) {
         for (const url of urls)
@@ -51,6 +67,7 @@ ScrollView {
             installer.refreshPackages(serial)
     }
     Component.onCompleted: {
+        noteActedOn()
         if (visible && serial !== "")
             installer.refreshPackages(serial)
     }
@@ -277,10 +294,18 @@ ScrollView {
             }
         }
 
+        Connections {
+            target: view.installer
+            function onLatestSerialChanged() {
+                view.noteActedOn()
+            }
+        }
         FailureHint {
             objectName: "outputHint"
             text: view.installer.latestOutput
-            serial: view.serial
+            serial: view.installer.latestSerial
+            phone: view.actedOnName
+            fixUnavailable: view.fixUnavailable
             Layout.fillWidth: true
             Layout.leftMargin: 12
             Layout.rightMargin: 12

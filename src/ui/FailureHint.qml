@@ -10,10 +10,13 @@ Rectangle {
     // The failure as shown, in the tools' own words.
     property string text
     property var explained: KnownFailures.explain(text)
-    // What the fixes act on: the phone (system image, lock), its start options, the Apps tab's phone.
+    // What the fixes act on: the phone by name (system image, lock, reinstall), its start options, and for a
+    // reinstall its serial.
     property string phone
     property var startOptions
     property string serial
+    // Why the fix cannot be carried out now, said instead of offering it; empty when it can.
+    property string fixUnavailable
     property bool fixEnabled: true
     // An image install started here shows its log here.
     property bool installing: false
@@ -32,7 +35,7 @@ Rectangle {
         if (wanted === "installImage" || wanted === "removeLock")
             return phone !== "" ? wanted : ""
         if (wanted === "reinstall")
-            return serial !== "" && explained.package !== undefined ? wanted : ""
+            return serial !== "" && explained.package !== undefined && fixUnavailable === "" ? wanted : ""
         return ""
     }
 
@@ -59,6 +62,15 @@ Rectangle {
             objectName: "hintTodo"
             text: hint.explained.todo !== undefined ? hint.explained.todo : ""
             textFormat: Text.PlainText
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        Label {
+            objectName: "hintUnavailable"
+            visible: hint.fixUnavailable !== "" && hint.explained.fix !== undefined && hint.explained.fix !== ""
+            text: hint.fixUnavailable
+            textFormat: Text.PlainText
+            font.italic: true
             wrapMode: Text.Wrap
             Layout.fillWidth: true
         }
@@ -99,10 +111,16 @@ Rectangle {
             objectName: "reinstallDialog"
             readonly property string fileName: hint.explained.path !== undefined
                                                ? hint.explained.path.substring(hint.explained.path.lastIndexOf("/") + 1) : ""
-            title: "Uninstall " + (hint.explained.package !== undefined ? hint.explained.package : "") + "?"
-            message: "The installed app and all its data on this phone are removed, then " + fileName + " is installed."
+            readonly property string packageName: hint.explained.package !== undefined ? hint.explained.package : ""
+            title: "Uninstall " + packageName + "?"
+            message: "Uninstall " + packageName + " from " + hint.phone + " and install " + fileName
+                     + " again? Its data on the phone is deleted."
             confirmText: "Uninstall and install again"
-            onConfirmed: TolvaneApp.installer.reinstall(hint.explained.package, hint.explained.path, hint.serial)
+            // The phone may have stopped while the question was asked.
+            onConfirmed: {
+                if (hint.fix === "reinstall")
+                    TolvaneApp.installer.reinstall(packageName, hint.explained.path, hint.serial)
+            }
         }
     }
 }

@@ -61,7 +61,8 @@ ScrollView {
             RequirementRow {
                 name: "Java (OpenJDK 17)"
                 ok: view.setup.javaReady
-                detail: ok ? "Found" : "Needed by sdkmanager and avdmanager. Installs with: brew install openjdk@17"
+                detail: ok ? "Found" : view.setup.javaNote !== "" ? view.setup.javaNote
+                                                                   : "Needed by sdkmanager and avdmanager. Installs with: brew install openjdk@17"
                 buttonText: "Install Java"
                 buttonEnabled: view.setup.brewReady && !view.jobRunning
                 onActivated: view.setup.installJava()

@@ -74,7 +74,13 @@ private Q_SLOTS:
         QTest::newRow("lone percent") << "%" << -1;
         QTest::newRow("letters") << "abc%" << -1;
         QTest::newRow("over 100") << "150%" << -1;
-        QTest::newRow("decimal point stops the run") << "3.5%" << 5;
+        QTest::newRow("decimal by its whole part") << "3.5%" << 3;
+        QTest::newRow("Homebrew's bar") << "######################                          12.5%" << 12;
+        QTest::newRow("decimal just below 100") << "99.9%" << 99;
+        QTest::newRow("decimal 100") << "100.0%" << 100;
+        QTest::newRow("decimal above 100") << "100.5%" << -1;
+        QTest::newRow("no whole part") << "v.5%" << -1;
+        QTest::newRow("two points") << "1.2.5%" << -1;
         QTest::newRow("no percent") << "Unzipping" << -1;
         QTest::newRow("last percent has no number") << "50% then %" << -1;
         QTest::newRow("zero") << "0%" << 0;

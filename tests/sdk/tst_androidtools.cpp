@@ -45,6 +45,8 @@ private Q_SLOTS:
             << "mine";
         QTest::newRow("home without tools is ignored")
             << QStringList {"empty", "-"} << QStringList {} << "default";
+        QTest::newRow("existing home without tools is ignored")
+            << QStringList {"stale", "-"} << QStringList {"stale/platform-tools/adb"} << "default";
         QTest::newRow("home wins over root")
             << QStringList {"mine", "other"}
             << QStringList {"mine/emulator/emulator", "other/emulator/emulator"} << "mine";

@@ -86,6 +86,11 @@ void prepare(SimHost &host, const QString &word)
         host.addBrokenPhone(QStringLiteral("Old_Phone"));
     } else if (word == QLatin1String("started-elsewhere"))
         host.startPhone(QStringLiteral("Pixel_8_Play"));
+    else if (word == QLatin1String("old-java"))
+        host.installSystemJava(
+            QStringLiteral("jdk-11.jdk"), QStringLiteral("11.0.24"), QStringLiteral("aarch64"));
+    else if (word == QLatin1String("signed-elsewhere"))
+        host.setBehaviour(QStringLiteral("known-failure"), "update-incompatible");
     else if (word == QLatin1String("image-34-gone"))
         QDir(host.sdkRoot() + QStringLiteral("/system-images/android-34")).removeRecursively();
     else if (word == QLatin1String("odd-listing"))
@@ -204,6 +209,13 @@ struct Shot
                         : QUrl::fromLocalFile(sim.writeFile(name, QStringLiteral("PK"))));
             auto installing = app->installer()->installTask(files, QStringLiteral("emulator-5554"));
             QCoro::waitFor(std::move(installing));
+        } else if (word == QLatin1String("apps-end")) {
+            settle(); // the hint's height is laid out first
+            auto *flick = find(QStringLiteral("appsView"))->property("contentItem").value<QObject *>();
+            flick->setProperty(
+                "contentY", flick->property("contentHeight").toReal() - flick->property("height").toReal());
+        } else if (word == QLatin1String("pick")) {
+            find(QStringLiteral("appsView"))->setProperty("selectedName", argument);
         } else if (word == QLatin1String("locked")) {
             waitUntil([&] { return !store->lockedPhones().isEmpty(); });
         } else if (word == QLatin1String("elsewhere")) {
@@ -258,6 +270,10 @@ const char *const shots[][3] = {
         "slow-boot|tab:1|boot:Pixel_7_API_34|until-slow-boot"},
     {"25-phones-disk-use-and-started-elsewhere", "phones started-elsewhere", "tab:1|elsewhere"},
     {"26-new-phone-image-sizes", "phones system-images;android-33;google_apis;arm64-v8a", "tab:1|new-phone"},
+    {"27-setup-old-java", "brew old-java tools", ""},
+    {"28-apps-fix-on-another-phone", "phones signed-elsewhere",
+        "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk|install:com.example.notes.apk|"
+        "start:Pixel_8_Play|pick:Pixel_8_Play|apps-end"},
 };
 
 } // namespace

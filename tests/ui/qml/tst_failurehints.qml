@@ -1,28 +1,28 @@
 import QtQuick
 import Tolvane
 
-// Each known failure, printed by the simulated tools in the real tools' words, is explained where it
-// is shown, with the fix the app can carry out.
+// Known failures, printed by the simulated tools in the real tools' words, are explained on each surface
+// that shows failures, with the fixes the app can carry out. tst_knownfailures tries every wording.
 TolvaneTestCase {
     id: root
     name: "FailureHints"
     height: 900
 
     readonly property string phone: "Hint_Phone"
+    // The Apps tab the last failure on it was shown in.
+    property var appsView: null
 
     Component { id: setupComponent; SetupView { anchors.fill: parent } }
     Component { id: phonesComponent; PhonesView { anchors.fill: parent } }
     Component { id: appsComponent; AppsView { anchors.fill: parent } }
 
-    // Shows the failure on its surface and returns the hint beside it.
+    // Shows the failure on its surface and returns the hint beside it: the licences need no switch, the
+    // phone's failures come from its folder.
     function failOn(surface, failure) {
         if (surface === "setup") {
             sim.installBrew()
             sim.installJava()
             sim.installCommandLineTools()
-            if (failure !== "licences-not-accepted")
-                sim.acceptLicenses()
-            sim.setBehaviour("known-failure", failure)
             const view = createTemporaryObject(setupComponent, root)
             TolvaneApp.setup.installEmulator()
             tryVerify(() => !TolvaneApp.setup.job.isRunning && TolvaneApp.setup.message !== undefined, 20000)
@@ -42,8 +42,6 @@ TolvaneTestCase {
                 sim.setBehaviour("emulator.script", "ANDROID_SDK_ROOT=$ANDROID_SDK_ROOT/gone")
             else if (failure === "stale-lock")
                 sim.writeFile(".android/avd/" + phone + ".avd/multiinstance.lock", "")
-            else
-                sim.setBehaviour("known-failure", failure)
             const view = listedView(phonesComponent)
             startPhone(phone)
             tryVerify(() => store.runner(phone).failure !== undefined
@@ -53,11 +51,11 @@ TolvaneTestCase {
         startPhone(phone)
         tryCompare(store.runner(phone), "state", EmulatorProcess.Running, 30000)
         const view = createTemporaryObject(appsComponent, root)
-        const app = sim.writeApk(failure === "not-an-apk" ? "broken.apk" : "com.example.hint.apk")
-        if (failure === "update-incompatible") {
-            installer.install([app], "emulator-5554")
-            tryVerify(() => !installer.busy && installer.latestOutput.endsWith("Success"), 20000)
-        }
+        appsView = view
+        // Installed once, so that the next install is refused as one signed by someone else.
+        const app = sim.writeApk("com.example.hint.apk")
+        installer.install([app], "emulator-5554")
+        tryVerify(() => !installer.busy && installer.latestOutput.endsWith("Success"), 20000)
         sim.setBehaviour("known-failure", failure)
         if (surface === "packages") {
             installer.refreshPackages("emulator-5554")
@@ -69,21 +67,12 @@ TolvaneTestCase {
         return findChild(view, "outputHint")
     }
 
+    // The failures with fixes of their own are shown, and fixed, by the tests below.
     function test_explained_data() {
         return [
-            { tag: "no-matching-abis", surface: "apps", what: "The app has native code only", todo: "Ask the app's maker", fix: "" },
-            { tag: "update-incompatible", surface: "apps", what: "The phone already has this app signed", todo: "Uninstall the installed version", fix: "Uninstall and install again" },
-            { tag: "version-downgrade", surface: "apps", what: "The phone already has a newer version", todo: "Uninstall the app in the list", fix: "" },
-            { tag: "insufficient-storage", surface: "apps", what: "The phone has no room", todo: "Uninstall apps you do not need", fix: "" },
-            { tag: "not-an-apk", surface: "apps", what: "Android could not read this file", todo: "Download the .apk again", fix: "" },
             { tag: "adb-version", surface: "packages", what: "Another program runs its own adb", todo: "Quit Android Studio", fix: "" },
             { tag: "java-too-old", surface: "store", what: "The Android command line tools need Java 17", todo: "Install Java (OpenJDK 17)", fix: "" },
-            { tag: "java-missing", surface: "setup", what: "The Android command line tools found no Java", todo: "Install Java (OpenJDK 17)", fix: "" },
             { tag: "licences-not-accepted", surface: "setup", what: "Google's SDK licences have not been accepted", todo: "Read and accept the SDK licences", fix: "" },
-            { tag: "disk-full", surface: "setup", what: "The Mac's disk is full.", todo: "Free some space", fix: "" },
-            { tag: "system-image-missing", surface: "phone", what: "The Android system image this phone", todo: "Install the system image again", fix: "Install the system image" },
-            { tag: "x86-phone", surface: "phone", what: "This phone was made with an Intel", todo: "Create a new phone", fix: "" },
-            { tag: "hypervisor", surface: "phone", what: "macOS did not let the emulator", todo: "Quit other virtual machines", fix: "" },
             { tag: "stale-lock", surface: "phone", what: "The phone is still marked as in use", todo: "If no emulator window", fix: "Remove lock and start" },
         ]
     }
@@ -96,15 +85,6 @@ TolvaneTestCase {
         verify(findChild(hint, "hintTodo").text.startsWith(data.todo), findChild(hint, "hintTodo").text)
         const fix = findChild(hint, "hintFix")
         compare(fix.visible ? fix.text : "", data.fix)
-    }
-
-    // Every entry of the table is fed through its surface above.
-    function test_everyEntryIsCovered() {
-        const tags = test_explained_data().map(row => row.tag)
-        compare(KnownFailures.explain("Success").name, undefined)
-        compare(tags.length, KnownFailures.names().length)
-        for (const name of KnownFailures.names())
-            verify(tags.includes(name), name)
     }
 
     // The phone's own system image is installed from its row, and the install's log shows there.
@@ -135,15 +115,36 @@ TolvaneTestCase {
         verify(!hint.visible)
     }
 
-    // Uninstalling the app signed by someone else, confirmed, installs the new one.
+    // Uninstalling the app signed by someone else, confirmed, installs the new one, on the phone the
+    // install failed on: with another phone picked, or once that phone stops, the fix is withdrawn.
     function test_reinstallAfterConfirmation() {
         const hint = failOn("apps", "update-incompatible")
         const fix = findChild(hint, "hintFix")
+        const unavailable = findChild(hint, "hintUnavailable")
+        verify(fix.visible && !unavailable.visible)
+        sim.createPhone("Hint_Other")
+        sim.startPhone("Hint_Other", 5556)
+        store.refresh()
+        tryVerify(() => store.runningTargets.length === 2, 20000)
+        appsView.selectedName = "Hint_Other"
+        compare(appsView.serial, "emulator-5556")
+        verify(!fix.visible)
+        compare(unavailable.text, "This happened on Hint_Phone. Pick Hint_Phone above to fix it there.")
+        appsView.selectedName = phone
+        verify(fix.visible && !unavailable.visible)
+
         mouseClick(fix)
         const dialog = findChild(hint, "reinstallDialog")
         tryCompare(dialog, "opened", true)
-        verify(dialog.message.includes("com.example.hint.apk"))
+        compare(dialog.message, "Uninstall com.example.hint from Hint_Phone and install com.example.hint.apk again? Its data on the phone is deleted.")
         mouseClick(findChild(dialog, "confirm"))
         tryVerify(() => installer.latestOutput.startsWith("Uninstalling com.example.hint...\nSuccess\nInstalling com.example.hint.apk...\nPerforming Streamed Install\nSuccess"), 20000)
+        compare(installer.latestSerial, "emulator-5554")
+
+        installer.install([sim.writeApk("com.example.hint.apk")], "emulator-5554")
+        tryVerify(() => fix.visible, 20000)
+        store.runner(phone).stop()
+        tryVerify(() => !fix.visible, 30000)
+        compare(unavailable.text, "Hint_Phone, where this happened, is no longer running.")
     }
 }

@@ -35,6 +35,12 @@ TolvaneTestCase {
         verify(findChild(view, "emulatorNotice").visible)
         verify(!findChild(view, "New phone...").enabled)
         verify(findChild(view, "noPhonesHint").visible)
+        // Java and the tools are not enough: sdkmanager installs nothing before the licences are accepted.
+        sim.installJava()
+        sim.installCommandLineTools()
+        TolvaneApp.setup.refresh()
+        verify(TolvaneApp.setup.cmdlineReady && TolvaneApp.setup.javaReady)
+        verify(!findChild(view, "New phone...").enabled)
     }
 
     function test_startWatchesTheLabelAndWipeAppliesToOneStart() {

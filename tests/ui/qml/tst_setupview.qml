@@ -71,6 +71,7 @@ TolvaneTestCase {
         mouseClick(cancel)
         tryVerify(() => !setup.job.isRunning, 20000)
         compare(setup.job.lines[setup.job.lines.length - 1], "Cancelled.")
+        verify(!cancel.visible)
         verify(button(view, "Install tools").enabled)
         verify(setup.message === undefined)
     }
