@@ -142,10 +142,11 @@ QString PhoneStore::avdPath(const QString &name) const
 
 void PhoneStore::checkLocks(const QStringList &names)
 {
-    // A phone another program runs holds its locks rightly; so does one of ours that is not stopped.
+    // A phone another program runs holds its locks rightly; so does one of ours that is not stopped. While
+    // adb cannot name every emulator, no lock is called stale.
     const auto stale = [this](const QString &name) {
         const EmulatorProcess *phone = m_runners.value(name);
-        return (!phone || phone->state() == EmulatorProcess::State::Stopped)
+        return (!phone || phone->state() == EmulatorProcess::State::Stopped) && !m_elsewhere->problem()
             && !m_elsewhere->phones().contains(name) && !lockFiles(avdPath(name)).isEmpty();
     };
     QStringList locked;
@@ -195,10 +196,12 @@ QCoro::Task<> PhoneStore::removeLockAndStartTask(QString name, StartOptions opti
         setRefusal(name,
             QStringLiteral("%1 is running outside Tolvane (%2), so its lock stays.")
                 .arg(name, serials.join(QStringLiteral(", "))));
+        checkLocks({name});
         co_return;
     }
     if (const std::optional<QString> problem = m_elsewhere->problem()) {
         setRefusal(name, name + QStringLiteral("'s lock stays: ") + *problem);
+        checkLocks({name});
         co_return;
     }
     if (runner(name)->state() != EmulatorProcess::State::Stopped)

@@ -140,17 +140,6 @@ private Q_SLOTS:
     }
 
     // The real waits, pinned once; every other test runs with short ones.
-    void realTiming()
-    {
-        const EmulatorProcess::Timing timing;
-        QCOMPARE(timing.bootPollInterval, 2000ms);
-        QCOMPARE(timing.stopWaitRounds * timing.stopWaitStep, 10000ms);
-        QCOMPARE(timing.stopWaitRounds, 20);
-        QCOMPARE(timing.endDelay, 500ms);
-        QCOMPARE(timing.adbTimeout, 10.0);
-        QCOMPARE(timing.slowBootAfter, 180000ms);
-    }
-
     // The time so far moves on with the poll rounds; booting past the limit makes the hint due until the boot
     // completes.
     void startBootAndStop()

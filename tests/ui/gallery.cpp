@@ -91,7 +91,10 @@ void prepare(SimHost &host, const QString &word)
             QStringLiteral("jdk-11.jdk"), QStringLiteral("11.0.24"), QStringLiteral("aarch64"));
     else if (word == QLatin1String("signed-elsewhere"))
         host.setBehaviour(QStringLiteral("known-failure"), "update-incompatible");
-    else if (word == QLatin1String("image-34-gone"))
+    else if (word == QLatin1String("started-twice")) {
+        host.startPhone(QStringLiteral("Pixel_8_Play"));
+        host.startPhone(QStringLiteral("Pixel_8_Play"), 5556, {QStringLiteral("-read-only")});
+    } else if (word == QLatin1String("image-34-gone"))
         QDir(host.sdkRoot() + QStringLiteral("/system-images/android-34")).removeRecursively();
     else if (word == QLatin1String("odd-listing"))
         host.setBehaviour(
@@ -216,6 +219,11 @@ struct Shot
                 "contentY", flick->property("contentHeight").toReal() - flick->property("height").toReal());
         } else if (word == QLatin1String("pick")) {
             find(QStringLiteral("appsView"))->setProperty("selectedName", argument);
+        } else if (word == QLatin1String("remove-lock")) {
+            // With adb at odds with another program's, nothing can say the phone is not running.
+            sim.host().setBehaviour(QStringLiteral("known-failure"), "adb-version");
+            QCoro::waitFor(store->removeLockAndStartTask(argument, StartOptions {}));
+            settle();
         } else if (word == QLatin1String("locked")) {
             waitUntil([&] { return !store->lockedPhones().isEmpty(); });
         } else if (word == QLatin1String("elsewhere")) {
@@ -268,7 +276,10 @@ const char *const shots[][3] = {
     {"23-phones-stale-lock", "phones emulator.die", "tab:1|crash:Pixel_7_API_34|locked"},
     {"24-phones-booting-slowly", "phones emulator.never-boot",
         "slow-boot|tab:1|boot:Pixel_7_API_34|until-slow-boot"},
+    {"23b-phones-lock-stays", "phones emulator.die",
+        "tab:1|crash:Pixel_7_API_34|locked|remove-lock:Pixel_7_API_34"},
     {"25-phones-disk-use-and-started-elsewhere", "phones started-elsewhere", "tab:1|elsewhere"},
+    {"25b-phones-one-phone-in-two-emulators", "phones started-twice", "tab:1|elsewhere"},
     {"26-new-phone-image-sizes", "phones system-images;android-33;google_apis;arm64-v8a", "tab:1|new-phone"},
     {"27-setup-old-java", "brew old-java tools", ""},
     {"28-apps-fix-on-another-phone", "phones signed-elsewhere",
