@@ -51,6 +51,8 @@ class TestApkInstaller : public QObject
         for (const QString &name : names) {
             if (abis == QStringList {"empty"})
                 writeFile(path(name), "");
+            else if (abis == QStringList {"no entries"}) // a zip archive's end record alone
+                writeFile(path(name), QByteArray("PK\x05\x06").append(18, '\0'));
             else if (name.endsWith(QLatin1String(".apk"), Qt::CaseInsensitive)
                 && abis != QStringList {"text"})
                 SimApk::write(path(name), abis, padding);
@@ -164,6 +166,12 @@ private Q_SLOTS:
         QTest::newRow("an empty file never reaches adb install")
             << QStringList {"empty.apk"} << QStringList {"empty"} << QString()
             << QStringLiteral("Installing empty.apk...\nNot installed: empty.apk is not a zip archive (The "
+                              "archive is empty), so it cannot be an Android app. Download it again, or ask "
+                              "its maker for the .apk file itself.")
+            << QStringList {} << 0;
+        QTest::newRow("an archive without entries never reaches adb install")
+            << QStringList {"hollow.apk"} << QStringList {"no entries"} << QString()
+            << QStringLiteral("Installing hollow.apk...\nNot installed: hollow.apk is not a zip archive (The "
                               "archive is empty), so it cannot be an Android app. Download it again, or ask "
                               "its maker for the .apk file itself.")
             << QStringList {} << 0;
