@@ -145,9 +145,9 @@ int main(int argc, char *argv[])
                                     "\" \"); for (i = 0; i < %1; "
                                     "i++) printf \"11-23 10:%02d:%02d.%03d %5d %5d %s %-8s: line %d of the "
                                     "flood, long enough to look like "
-                                    "real output\\n\", i / 60000 %% 60, i / 1000 %% 60, i %% 1000, 1000 + i "
-                                    "%% 7, 1000 + i %% 11, level[i %% 6 "
-                                    "+ 1], tag[i %% 4 + 1], i + 1 }'; exec sleep 30 ;;\nesac\n")
+                                    "real output\\n\", i / 60000 % 60, i / 1000 % 60, i % 1000, 1000 + i "
+                                    "% 7, 1000 + i % 11, level[i % 6 "
+                                    "+ 1], tag[i % 4 + 1], i + 1 }'; exec sleep 30 ;;\nesac\n")
                          .arg(2 * lineCount)
                          .toUtf8());
         script.close();
