@@ -227,6 +227,12 @@ ScrollView {
                     Layout.fillWidth: true
                 }
                 Button {
+                    objectName: "showLog " + modelData
+                    text: "Show log"
+                    onClicked: ApplicationWindow.window.showLogcat(view.serial, modelData)
+                    Accessible.name: "Show the log of " + modelData
+                }
+                Button {
                     objectName: "uninstall " + modelData
                     text: "Uninstall"
                     enabled: !view.installer.busy

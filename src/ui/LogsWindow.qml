@@ -9,7 +9,12 @@ AppWindow {
     width: 640
     height: 480
 
+    function showLogcat(serial, app) {
+        logsView.showLogcat(serial, app)
+    }
+
     LogsView {
+        id: logsView
         anchors.fill: parent
         anchors.margins: 14
     }

@@ -23,6 +23,10 @@ AppWindow {
         logsWindow.raise()
         logsWindow.requestActivate()
     }
+    function showLogcat(serial, app) {
+        openLogs()
+        logsWindow.showLogcat(serial, app)
+    }
 
     onVisibleChanged: {
         if (visible)

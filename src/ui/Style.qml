@@ -25,6 +25,7 @@ QtObject {
     readonly property color orange: dark ? "#ff9f0a" : "#b85c00"
     readonly property color red: dark ? "#ff6961" : "#d70015"
     readonly property color accent: dark ? "#0a84ff" : "#0a64d8"
+    readonly property color purple: dark ? "#da8fff" : "#8e3fc0"
     readonly property color separator: dark ? Qt.rgba(1, 1, 1, 0.12) : Qt.rgba(0, 0, 0, 0.1)
 
     // Backgrounds: panels, failure boxes, notices, and the wells that hold logs and long texts.
@@ -35,6 +36,11 @@ QtObject {
     readonly property color terminal: dark ? Qt.rgba(0, 0, 0, 0.45) : Qt.rgba(0, 0, 0, 0.75)
     readonly property color terminalText: "#f2f2f2"
     readonly property color terminalPlaceholder: "#a0a0a0"
+    // The colour of a phone log's entry by its level: none, verbose, debug, info, warning, error, fatal.
+    function logLevel(level) {
+        return [secondary, secondary, text, green, orange, red, purple][level] || text
+    }
+
     // Behind selected text that keeps its own colour. The Mac's highlight is made for that; a platform
     // whose highlight expects light text on it gets a see-through one.
     readonly property color selection: Qt.colorEqual(palette.highlightedText, palette.text)

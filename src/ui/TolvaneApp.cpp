@@ -33,6 +33,7 @@ TolvaneApp::TolvaneApp(QObject *parent)
     , m_store(new PhoneStore(this))
     , m_installer(new ApkInstaller(this))
     , m_saveChooser(new DialogSaveLocationChooser(this))
+    , m_logcats(new Logcats(this))
 {
     m_installer->setSaveLocationChooser(m_saveChooser);
     // What the installer learnt about a phone lasts while that phone runs, ours or one started elsewhere.

@@ -2,6 +2,7 @@
 
 #include "ApkInstaller.h"
 #include "DialogSaveLocationChooser.h"
+#include "Logcats.h"
 #include "PhoneStore.h"
 #include "SetupController.h"
 
@@ -23,6 +24,7 @@ class TolvaneApp : public QObject
     Q_PROPERTY(PhoneStore *store READ store CONSTANT)
     Q_PROPERTY(ApkInstaller *installer READ installer CONSTANT)
     Q_PROPERTY(DialogSaveLocationChooser *saveChooser READ saveChooser CONSTANT)
+    Q_PROPERTY(Logcats *logcats READ logcats CONSTANT)
     Q_PROPERTY(bool mainWindowDrawn READ mainWindowDrawn NOTIFY mainWindowDrawnChanged)
     Q_PROPERTY(QString version READ version CONSTANT)
 
@@ -41,6 +43,7 @@ public:
     DialogSaveLocationChooser *saveChooser() const { return m_saveChooser; }
     // The version project(VERSION) sets, for the views that show it.
     QString version() const;
+    Logcats *logcats() const { return m_logcats; }
 
     // Asked each time a phone row is drawn: the emulator program can vanish or appear at any moment.
     Q_INVOKABLE bool emulatorInstalled() const;
@@ -73,6 +76,7 @@ private:
     PhoneStore *m_store;
     ApkInstaller *m_installer;
     DialogSaveLocationChooser *m_saveChooser;
+    Logcats *m_logcats;
     QPointer<QObject> m_mainWindow;
     bool m_mainWindowDrawn = false;
 };

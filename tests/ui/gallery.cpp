@@ -153,6 +153,18 @@ struct Shot
                 + box->property("lines").value<LogLines *>()->count() - 1;
             QMetaObject::invokeMethod(box, "select", Q_ARG(QVariant, double(last - 4)), Q_ARG(QVariant, 10),
                 Q_ARG(QVariant, double(last - 1)), Q_ARG(QVariant, 25));
+        } else if (word == QLatin1String("logcat")) {
+            Logcat *log = app->logcats()->forSerial(QStringLiteral("emulator-5554"));
+            window->findChild<QObject *>(QStringLiteral("logTabs"))->setProperty("currentIndex", 1);
+            waitUntil([&] { return log->held() >= 19 && !log->filtering(); });
+        } else if (word == QLatin1String("next-crash")) {
+            QMetaObject::invokeMethod(
+                window->findChild<QObject *>(QStringLiteral("logcatBody")), "nextCrash");
+        } else if (word == QLatin1String("logcat-filter")) {
+            Logcat *log = app->logcats()->forSerial(QStringLiteral("emulator-5554"));
+            log->setApp(QStringLiteral("com.example.notes"));
+            log->setMinimumLevel(LogcatEntry::Debug);
+            waitUntil([&] { return log->count() == 7 && !log->filtering(); });
         } else if (word == QLatin1String("licence-text")) {
             setup->loadLicenseText();
             waitUntil([&] { return setup->licenseText().has_value(); });
@@ -285,6 +297,8 @@ const char *const shots[][3] = {
     {"28-apps-fix-on-another-phone", "phones signed-elsewhere",
         "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk|install:com.example.notes.apk|"
         "start:Pixel_8_Play|pick:Pixel_8_Play|apps-end"},
+    {"29-logcat-levels-and-crash", "phones", "start:Pixel_7_API_34|logs|logcat|next-crash"},
+    {"30-logcat-app-filter", "phones", "start:Pixel_7_API_34|logs|logcat|logcat-filter"},
 };
 
 } // namespace

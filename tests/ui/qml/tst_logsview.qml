@@ -34,4 +34,18 @@ TolvaneTestCase {
 
         compare(findChild(view, "logList").count, runner.lines.length)
     }
+
+    // What the Apps tab's "Show log" asks for: the phone's log in its tab, filtered to the app, with the
+    // app's crash one press away.
+    function test_showLogcatForAnApp() {
+        runningPhone("Pixel_Log")
+        const view = createTemporaryObject(logsComponent, root)
+        view.showLogcat("emulator-5554", "com.example.notes")
+        const body = findChild(view, "logcatBody")
+        verify(body.visible)
+        tryVerify(() => body.log !== null && body.log.count === 7 && !body.log.filtering, 20000)
+        compare(findChild(body, "appPicker").currentText, "com.example.notes")
+        mouseClick(findChild(body, "nextCrash"))
+        compare(findChild(body, "logcatList").currentIndex, 4)
+    }
 }
