@@ -131,6 +131,10 @@ private Q_SLOTS:
             false, false, false, "default", "auto"} << QStringList {"-scale", "default", "-gpu", "auto"};
         QTest::newRow("empty strings are passed on") << StartOptions {
             false, true, false, "", ""} << QStringList {"-no-snapshot", "-scale", "", "-gpu", ""};
+        QTest::newRow("from a saved snapshot") << StartOptions {false, false, false, "Default", "auto",
+            "clean"} << QStringList {"-snapshot", "clean", "-gpu", "auto"};
+        QTest::newRow("cold boot wins over a snapshot") << StartOptions {true, false, false, "Default",
+            "auto", "clean"} << QStringList {"-no-snapshot-load", "-gpu", "auto"};
     }
 
     void arguments()
