@@ -23,9 +23,11 @@ QCoro::Task<std::optional<QString>> DialogSaveLocationChooser::chooseSaveLocatio
     co_return path;
 }
 
-QUrl DialogSaveLocationChooser::proposedFolder()
+QUrl DialogSaveLocationChooser::proposedFolder(const QString &proposedName)
 {
-    for (const auto location : {QStandardPaths::PicturesLocation, QStandardPaths::DesktopLocation}) {
+    const auto first = proposedName.endsWith(QLatin1String(".mp4")) ? QStandardPaths::MoviesLocation
+                                                                    : QStandardPaths::PicturesLocation;
+    for (const auto location : {first, QStandardPaths::DesktopLocation}) {
         const QString folder = QStandardPaths::writableLocation(location);
         if (!folder.isEmpty() && QFileInfo(folder).isDir())
             return QUrl::fromLocalFile(folder);

@@ -18,15 +18,15 @@ public:
 
     QCoro::Task<std::optional<QString>> chooseSaveLocation(QString proposedName) override;
 
-    // Where the dialog opens: the user's Pictures folder, else the Desktop, else the home folder; never
-    // the process's working folder, which for an app started from the Finder is "/".
-    Q_INVOKABLE static QUrl proposedFolder();
+    // Where the dialog opens: the user's Pictures folder (Movies for a movie), else the Desktop, else the
+    // home folder; never the process's working folder, which for an app started from the Finder is "/".
+    Q_INVOKABLE static QUrl proposedFolder(const QString &proposedName = {});
 
     Q_INVOKABLE void accept(const QUrl &file);
     Q_INVOKABLE void reject();
 
 Q_SIGNALS:
-    // The window shows its save dialog, offering only PNG files, with this name proposed.
+    // The window shows its save dialog, offering only files of the proposed name's type (PNG or MPEG-4).
     void saveRequested(const QString &proposedName);
     // The dialog's answer: the chosen path, or empty when it was cancelled.
     void answered(const QString &path);

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-// Asks the user where a file should be saved. Only PNG files are offered.
+// Asks the user where a file should be saved: a screenshot or a screen recording.
 class SaveLocationChooser : public QObject
 {
     Q_OBJECT

@@ -5,6 +5,8 @@ QStringList StartOptions::arguments() const
     QStringList arguments;
     if (coldBoot)
         arguments << QStringLiteral("-no-snapshot-load");
+    else if (!snapshot.isEmpty())
+        arguments << QStringLiteral("-snapshot") << snapshot;
     if (noSnapshot)
         arguments << QStringLiteral("-no-snapshot");
     if (wipeData)

@@ -15,6 +15,7 @@ class StartOptions
     Q_PROPERTY(bool wipeData MEMBER wipeData)
     Q_PROPERTY(QString scale MEMBER scale)
     Q_PROPERTY(QString gpu MEMBER gpu)
+    Q_PROPERTY(QString snapshot MEMBER snapshot)
 
 public:
     bool coldBoot = false;
@@ -22,6 +23,8 @@ public:
     bool wipeData = false;
     QString scale = QStringLiteral("Default");
     QString gpu = QStringLiteral("auto");
+    // A saved snapshot to start from instead of the quick-boot one; empty for none.
+    QString snapshot;
 
     // The option part of the emulator's command line; the strings are passed on as they are.
     QStringList arguments() const;

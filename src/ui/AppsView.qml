@@ -41,10 +41,17 @@ ScrollView {
         return ""
     }
 
-    // Dropped files are installed one call each; the installer skips what is not an app.
+    // Dropped apps are installed one call each; any other file is copied to the phone's Download folder.
     function dropFiles(urls) {
-        for (const url of urls)
-            installer.install([url], serial)
+        const others = []
+        for (const url of urls) {
+            if (String(url).toLowerCase().endsWith(".apk"))
+                installer.install([url], serial)
+            else
+                others.push(url)
+        }
+        if (others.length > 0)
+            phonePanel.transfer.push(others)
     }
     function chooseFiles(urls) {
         installer.install(urls, serial)
@@ -156,7 +163,10 @@ ScrollView {
                 anchors.centerIn: parent
                 spacing: 8
                 Label {
-                    text: "Drop .apk files here"
+                    text: "Drop .apk files here to install them, or other files to copy them to the phone's Download folder"
+                    wrapMode: Text.Wrap
+                    horizontalAlignment: Text.AlignHCenter
+                    Layout.maximumWidth: dropZone.width - 24
                     Layout.alignment: Qt.AlignHCenter
                     Accessible.ignored: true
                 }
@@ -168,6 +178,16 @@ ScrollView {
                     Layout.alignment: Qt.AlignHCenter
                 }
             }
+        }
+
+        PhonePanel {
+            id: phonePanel
+            objectName: "phonePanel"
+            visible: view.target !== null
+            serial: view.serial
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
         }
 
         RowLayout {

@@ -41,14 +41,18 @@ AppWindow {
         onLogsRequested: window.openLogs()
     }
 
-    // The save dialog is made the first time a screenshot is saved, not when the window opens.
+    // The save dialog is made the first time a screenshot or a recording is saved, not when the window opens.
     property QtObject saveDialog: null
     Connections {
         target: TolvaneApp.saveChooser
         function onSaveRequested(proposedName) {
             if (!window.saveDialog)
                 window.saveDialog = Qt.createComponent("ScreenshotDialog.qml").createObject(window)
-            const folder = TolvaneApp.saveChooser.proposedFolder()
+            const movie = proposedName.endsWith(".mp4")
+            window.saveDialog.title = movie ? "Save Screen Recording" : "Save Screenshot"
+            window.saveDialog.nameFilters = movie ? ["MPEG-4 movie (*.mp4)"] : ["PNG image (*.png)"]
+            window.saveDialog.defaultSuffix = movie ? "mp4" : "png"
+            const folder = TolvaneApp.saveChooser.proposedFolder(proposedName)
             window.saveDialog.currentFolder = folder
             window.saveDialog.selectedFile = folder + "/" + encodeURIComponent(proposedName)
             window.saveDialog.open()

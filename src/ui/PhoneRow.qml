@@ -222,4 +222,13 @@ ColumnLayout {
         fixEnabled: row.stopped && !row.emulatorMissing
         Layout.fillWidth: true
     }
+    SnapshotsBox {
+        phone: row.phone
+        store: row.store
+        options: row.options
+        serial: row.runner && row.state === EmulatorProcess.Running ? row.runner.serial
+              : row.elsewhere ? row.elsewhereSerials[0] : ""
+        startable: row.stopped && !row.elsewhere && !row.emulatorMissing
+        Layout.fillWidth: true
+    }
 }

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Dialogs
 import Tolvane
 
-// Where a screenshot goes; the main window makes it the first time a screenshot is saved.
+// Where a screenshot or a screen recording goes; the main window makes it the first time one is saved.
 FileDialog {
     objectName: "saveDialog"
     title: "Save Screenshot"

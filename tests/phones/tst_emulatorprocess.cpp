@@ -122,15 +122,19 @@ private Q_SLOTS:
         columns<StartOptions, QStringList>("options", "arguments");
 
         QTest::newRow("defaults") << StartOptions {} << QStringList {"-gpu", "auto"};
-        QTest::newRow("every option") << StartOptions {true, true, true, "0.5", "host"}
+        QTest::newRow("every option") << StartOptions {true, true, true, "0.5", "host", {}}
                                       << QStringList {"-no-snapshot-load", "-no-snapshot", "-wipe-data",
                                              "-scale", "0.5", "-gpu", "host"};
-        QTest::newRow("scale not offered is passed on") << StartOptions {false, false, false, "2.5", "auto"}
-                                                        << QStringList {"-scale", "2.5", "-gpu", "auto"};
+        QTest::newRow("scale not offered is passed on") << StartOptions {
+            false, false, false, "2.5", "auto", {}} << QStringList {"-scale", "2.5", "-gpu", "auto"};
         QTest::newRow("only exactly Default means no scale") << StartOptions {
-            false, false, false, "default", "auto"} << QStringList {"-scale", "default", "-gpu", "auto"};
+            false, false, false, "default", "auto", {}} << QStringList {"-scale", "default", "-gpu", "auto"};
         QTest::newRow("empty strings are passed on") << StartOptions {
-            false, true, false, "", ""} << QStringList {"-no-snapshot", "-scale", "", "-gpu", ""};
+            false, true, false, "", "", {}} << QStringList {"-no-snapshot", "-scale", "", "-gpu", ""};
+        QTest::newRow("from a saved snapshot") << StartOptions {false, false, false, "Default", "auto",
+            "clean"} << QStringList {"-snapshot", "clean", "-gpu", "auto"};
+        QTest::newRow("cold boot wins over a snapshot") << StartOptions {true, false, false, "Default",
+            "auto", "clean"} << QStringList {"-no-snapshot-load", "-gpu", "auto"};
     }
 
     void arguments()
@@ -329,7 +333,7 @@ private Q_SLOTS:
         changes.clear();
         const QStringList lines = phone.lines();
         phone.stop();
-        phone.start(emulator(), 5556, StartOptions {true, true, true, QStringLiteral("Default"), {}});
+        phone.start(emulator(), 5556, StartOptions {true, true, true, QStringLiteral("Default"), {}, {}});
         QCOMPARE(changes.count(), 0);
         QCOMPARE(phone.port(), 5554);
         QCOMPARE(phone.lines(), lines);

@@ -155,7 +155,7 @@ private Q_SLOTS:
         connect(phone, &EmulatorProcess::stateChanged, this, [&] { states.append(phone->stateName()); });
         const int before = changes.count();
         store.start(
-            pixel7, StartOptions {true, false, false, QStringLiteral("0.75"), QStringLiteral("host")});
+            pixel7, StartOptions {true, false, false, QStringLiteral("0.75"), QStringLiteral("host"), {}});
         QCOMPARE(phone->lines().first(),
             QStringLiteral(
                 "$ emulator -avd Pixel_7_API_34 -port 5554 -no-snapshot-load -scale 0.75 -gpu host"));

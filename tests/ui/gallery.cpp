@@ -7,6 +7,7 @@
 
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QFile>
 #include <QGuiApplication>
 #include <QPalette>
 #include <QQmlEngine>
@@ -102,7 +103,16 @@ void prepare(SimHost &host, const QString &word)
     else if (word == QLatin1String("create-fails"))
         host.setBehaviour(QStringLiteral("avdmanager.create.fail"),
             "Error: Package path is not valid. Valid system image paths are:\nnull");
-    else if (word.startsWith(QLatin1String("system-images;")))
+    else if (word == QLatin1String("snapshots")) {
+        for (const char *name : {"before_login", "checkout_flow"}) {
+            const QString folder = host.root() + QStringLiteral("/.android/avd/Pixel_7_API_34.avd/snapshots/")
+                + QLatin1String(name);
+            QDir().mkpath(folder);
+            QFile ram(folder + QStringLiteral("/ram.bin"));
+            if (ram.open(QIODevice::WriteOnly))
+                ram.write(QByteArray(3 * 1024 * 1024, 'x'));
+        }
+    } else if (word.startsWith(QLatin1String("system-images;")))
         host.installSystemImage(word);
     else
         host.setBehaviour(word);
@@ -236,6 +246,31 @@ struct Shot
             sim.host().setBehaviour(QStringLiteral("known-failure"), "adb-version");
             QCoro::waitFor(store->removeLockAndStartTask(argument, StartOptions {}));
             settle();
+        } else if (word == QLatin1String("snapshots")) {
+            find(QStringLiteral("snapshots ") + argument)->setProperty("checked", true);
+            settle();
+            settle();
+        } else if (word == QLatin1String("record")) {
+            QMetaObject::invokeMethod(find(QStringLiteral("Record")), "clicked");
+            QTest::qWait(2200);
+        } else if (word == QLatin1String("controls")) {
+            QObject *controls = find(QStringLiteral("phonePanel"))->property("controls").value<QObject *>();
+            QMetaObject::invokeMethod(controls, "setLocation", Q_ARG(double, 35.6595),
+                Q_ARG(double, 139.7005), Q_ARG(QString, QStringLiteral("Shibuya Crossing, Tokyo")));
+            waitUntil([&] { return !controls->property("busy").toBool(); });
+            QMetaObject::invokeMethod(controls, "setBatteryLevel", Q_ARG(int, 15));
+            waitUntil([&] { return !controls->property("busy").toBool(); });
+            QMetaObject::invokeMethod(controls, "setNetworkSpeed", Q_ARG(QString, QStringLiteral("edge")));
+            waitUntil([&] { return !controls->property("busy").toBool(); });
+            QMetaObject::invokeMethod(controls, "rotate", Q_ARG(bool, true));
+            waitUntil([&] { return !controls->property("busy").toBool(); });
+        } else if (word == QLatin1String("time-scale")) {
+            sim.host().setTimeScale(argument.toDouble());
+        } else if (word == QLatin1String("push")) {
+            QObject *transfer = find(QStringLiteral("phonePanel"))->property("transfer").value<QObject *>();
+            const QList<QUrl> files = {QUrl::fromLocalFile(sim.writeFile(argument, QStringLiteral("data")))};
+            QMetaObject::invokeMethod(transfer, "push", Q_ARG(QList<QUrl>, files));
+            waitUntil([&] { return transfer->property("percent").toInt() >= 50; });
         } else if (word == QLatin1String("locked")) {
             waitUntil([&] { return !store->lockedPhones().isEmpty(); });
         } else if (word == QLatin1String("elsewhere")) {
@@ -299,6 +334,12 @@ const char *const shots[][3] = {
         "start:Pixel_8_Play|pick:Pixel_8_Play|apps-end"},
     {"29-logcat-levels-and-crash", "phones", "start:Pixel_7_API_34|logs|logcat|next-crash"},
     {"30-logcat-app-filter", "phones", "start:Pixel_7_API_34|logs|logcat|logcat-filter"},
+    {"31-phones-snapshots-running", "phones snapshots",
+        "start:Pixel_7_API_34|tab:1|snapshots:Pixel_7_API_34"},
+    {"32-phones-snapshots-stopped", "phones snapshots", "tab:1|snapshots:Pixel_7_API_34"},
+    {"33-apps-recording", "phones", "start:Pixel_7_API_34|tab:2|record"},
+    {"34-apps-phone-controls", "phones", "start:Pixel_7_API_34|tab:2|controls"},
+    {"35-apps-pushing-a-file", "phones", "start:Pixel_7_API_34|tab:2|time-scale:1|push:Holiday Photos.zip"},
 };
 
 } // namespace

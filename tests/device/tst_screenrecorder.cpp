@@ -1,0 +1,99 @@
+#include "DataTable.h"
+#include "SaveLocationChooser.h"
+#include "ScreenRecorder.h"
+#include "SimHost.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+// Answers every question with the same file.
+class FixedChooser : public SaveLocationChooser
+{
+public:
+    explicit FixedChooser(QString path)
+        : m_path(std::move(path))
+    { }
+    QCoro::Task<std::optional<QString>> chooseSaveLocation(QString) override { co_return m_path; }
+
+private:
+    QString m_path;
+};
+
+} // namespace
+
+class TestScreenRecorder : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_machine;
+    std::unique_ptr<SimHost> m_sim;
+    QString m_serial;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_sim = std::make_unique<SimHost>(m_machine.path());
+        m_sim->activate();
+        m_sim->makeReady();
+        m_sim->createPhone(QStringLiteral("Pixel_7"));
+        m_serial = m_sim->startPhone(QStringLiteral("Pixel_7"));
+        // screenrecord's three minutes last 1.8 s.
+        m_sim->setTimeScale(0.01);
+    }
+
+    void cleanup() { m_sim->clearBehaviour(QStringLiteral("adb.screenrecord.fail")); }
+
+    void record_data()
+    {
+        columns<QString, QString, QString>("how", "refusal", "message");
+        QTest::newRow("stopped") << "stop"
+                                 << ""
+                                 << "Saved the recording to clip.mp4.";
+        QTest::newRow("at the limit") << "wait"
+                                      << ""
+                                      << "The recording reached screenrecord's 3-minute limit and stopped by "
+                                         "itself. Saved the recording to clip.mp4.";
+        QTest::newRow("a phone that cannot record")
+            << "wait"
+            << "ERROR: unable to create video/avc codec"
+            << "This phone cannot record its screen: ERROR: unable to create video/avc codec";
+    }
+
+    void record()
+    {
+        const auto [how, refusal, message] = row<QString, QString, QString>("how", "refusal", "message");
+        if (!refusal.isEmpty())
+            m_sim->setBehaviour(QStringLiteral("adb.screenrecord.fail"), refusal.toUtf8());
+        const QString saved = m_machine.filePath(QStringLiteral("clip.mp4"));
+        QFile::remove(saved);
+        FixedChooser chooser(saved);
+        ScreenRecorder recorder;
+        recorder.setSerial(m_serial);
+        recorder.setChooser(&chooser);
+        QSignalSpy finished(&recorder, &ScreenRecorder::finished);
+        recorder.start();
+        QVERIFY(recorder.recording());
+        if (how == QLatin1String("stop")) {
+            QTest::qWait(300);
+            QVERIFY(recorder.recording());
+            recorder.stop();
+        }
+        QVERIFY(finished.wait(10000));
+        QCOMPARE(recorder.message(), message);
+        QCOMPARE(recorder.failed(), !refusal.isEmpty());
+        // The file is complete, and the phone's copy is gone.
+        QFile file(saved);
+        QCOMPARE(file.open(QIODevice::ReadOnly) && file.readAll().endsWith("finished"), refusal.isEmpty());
+        QVERIFY(!QFile::exists(
+            m_sim->stateDir() + QStringLiteral("/emulators/5554/storage/tolvane-recording.mp4")));
+    }
+};
+
+QTEST_MAIN(TestScreenRecorder)
+#include "tst_screenrecorder.moc"
