@@ -4,8 +4,13 @@
 #include <QEvent>
 #include <QGuiApplication>
 #include <QMetaEnum>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
 #include <QQuickWindow>
 #include <QWindow>
+
+#include <memory>
 
 // The application for the benchmarks: it times every event the loop hands out (not the events sent
 // from inside another one) and keeps the longest, apart for drawing a window and for everything else,
@@ -60,6 +65,24 @@ public:
                     m_longestLayout = std::max(m_longestLayout, m_turn.nsecsElapsed());
             },
             Qt::DirectConnection);
+    }
+
+    // A window of 760 x 600 showing one of our views, whose layout this watch times.
+    std::unique_ptr<QQuickWindow> show(QQmlEngine &engine, const QString &type, const QVariantMap &properties)
+    {
+        auto window = std::make_unique<QQuickWindow>();
+        watchLayout(window.get());
+        window->resize(760, 600);
+        QQmlComponent component(&engine);
+        component.setData(
+            QStringLiteral("import Tolvane\n%1 { width: 740; height: 560 }").arg(type).toUtf8(), QUrl());
+        QObject *view = component.createWithInitialProperties(properties);
+        if (!view)
+            qFatal("%s", qPrintable(component.errorString()));
+        qobject_cast<QQuickItem *>(view)->setParentItem(window->contentItem());
+        window->show();
+        QCoreApplication::processEvents();
+        return window;
     }
 
     void restart()

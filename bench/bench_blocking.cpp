@@ -31,24 +31,6 @@ namespace {
 
 const QString hundredMegabytes = QStringLiteral("head -c 100000000 /dev/zero | tr '\\0' x; echo");
 
-std::unique_ptr<QQuickWindow> show(
-    EventWatch &app, QQmlEngine &engine, const QString &type, const QVariantMap &properties)
-{
-    auto window = std::make_unique<QQuickWindow>();
-    app.watchLayout(window.get());
-    window->resize(760, 600);
-    QQmlComponent component(&engine);
-    component.setData(
-        QStringLiteral("import Tolvane\n%1 { width: 740; height: 560 }").arg(type).toUtf8(), QUrl());
-    QObject *view = component.createWithInitialProperties(properties);
-    if (!view)
-        qFatal("%s", qPrintable(component.errorString()));
-    qobject_cast<QQuickItem *>(view)->setParentItem(window->contentItem());
-    window->show();
-    QCoreApplication::processEvents();
-    return window;
-}
-
 void report(const char *what, double ms, const EventWatch &watch)
 {
     std::printf("%-48s %8.0f ms in all; longest turn of our own work %6.1f ms (%s), longest drawing %6.1f ms "
@@ -70,8 +52,8 @@ int main(int argc, char *argv[])
 
     if (runs("job")) {
         JobRunner runner;
-        auto window = show(app, engine, QStringLiteral("JobLogView"),
-            {{QStringLiteral("job"), QVariant::fromValue(&runner)}});
+        auto window = app.show(
+            engine, QStringLiteral("JobLogView"), {{QStringLiteral("job"), QVariant::fromValue(&runner)}});
         QElapsedTimer clock;
         app.restart();
         clock.start();
@@ -90,7 +72,7 @@ int main(int argc, char *argv[])
         script.setPermissions(script.permissions() | QFileDevice::ExeOwner);
 
         EmulatorProcess runner(QStringLiteral("Flood_Phone"));
-        auto window = show(app, engine, QStringLiteral("EmulatorLogBody"),
+        auto window = app.show(engine, QStringLiteral("EmulatorLogBody"),
             {{QStringLiteral("runner"), QVariant::fromValue(&runner)}});
         QElapsedTimer clock;
         app.restart();

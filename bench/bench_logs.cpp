@@ -46,25 +46,6 @@ QString floodScript(const QString &trailer)
         .arg(trailer);
 }
 
-std::unique_ptr<QQuickWindow> show(
-    EventWatch &app, QQmlEngine &engine, const QString &type, const QVariantMap &properties)
-{
-    auto window = std::make_unique<QQuickWindow>();
-    app.watchLayout(window.get());
-    window->resize(760, 600);
-    QQmlComponent component(&engine);
-    component.setData(
-        QStringLiteral("import Tolvane\n%1 { width: 740; height: 560 }").arg(type).toUtf8(), QUrl());
-    QObject *view = component.createWithInitialProperties(properties);
-    if (!view)
-        qFatal("%s", qPrintable(component.errorString()));
-    auto *item = qobject_cast<QQuickItem *>(view);
-    item->setParentItem(window->contentItem());
-    window->show();
-    QCoreApplication::processEvents();
-    return window;
-}
-
 void report(const char *what, double ms, const EventWatch &watch)
 {
     std::printf("%-36s %6d lines in %7.0f ms = %7.0f lines/s; longest turn of our own work %5.1f ms (%s), "
@@ -97,8 +78,8 @@ int main(int argc, char *argv[])
 
     if (runs("job")) {
         JobRunner runner;
-        auto window = show(app, engine, QStringLiteral("JobLogView"),
-            {{QStringLiteral("job"), QVariant::fromValue(&runner)}});
+        auto window = app.show(
+            engine, QStringLiteral("JobLogView"), {{QStringLiteral("job"), QVariant::fromValue(&runner)}});
         QElapsedTimer clock;
         app.restart();
         clock.start();
@@ -117,7 +98,7 @@ int main(int argc, char *argv[])
         script.setPermissions(script.permissions() | QFileDevice::ExeOwner);
 
         EmulatorProcess runner(QStringLiteral("Flood_Phone"));
-        auto window = show(app, engine, QStringLiteral("EmulatorLogBody"),
+        auto window = app.show(engine, QStringLiteral("EmulatorLogBody"),
             {{QStringLiteral("runner"), QVariant::fromValue(&runner)}});
         QElapsedTimer clock;
         app.restart();
@@ -156,8 +137,8 @@ int main(int argc, char *argv[])
         Logcat log(QStringLiteral("emulator-5554"));
         log.setMinimumLevel(LogcatEntry::Debug);
         log.setText(QStringLiteral("FLOOD"));
-        auto window = show(
-            app, engine, QStringLiteral("LogcatBody"), {{QStringLiteral("log"), QVariant::fromValue(&log)}});
+        auto window = app.show(
+            engine, QStringLiteral("LogcatBody"), {{QStringLiteral("log"), QVariant::fromValue(&log)}});
         QElapsedTimer clock;
         app.restart();
         clock.start();
