@@ -28,7 +28,7 @@ public:
     static constexpr qsizetype sliceSize = 8 * 1024;
     // A longer line is cut here and ends with "… (N more characters)": laying out megabytes of one line
     // would hold the window, and nobody reads that much of it in a log.
-    static constexpr qsizetype longestLine = 64 * 1024;
+    static constexpr qsizetype longestLine = 16 * 1024;
     static_assert(sliceSize < longestLine, "only a slice's first piece can carry a line past the bound");
 
     explicit ChunkQueue(Sink sink, QObject *parent = nullptr);

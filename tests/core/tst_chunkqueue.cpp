@@ -19,20 +19,24 @@ private Q_SLOTS:
                 text += QString::number(i) + QLatin1Char('\n');
             return text;
         }();
-        const QString a64k(ChunkQueue::longestLine, QLatin1Char('a'));
+        const qsizetype longest = ChunkQueue::longestLine;
+        const QString aLongest(longest, QLatin1Char('a'));
+        const auto more = [](qsizetype n) { return QStringLiteral("… (%1 more characters)").arg(n); };
         QTest::newRow("a chunk of many slices is one delivery")
             << QStringList {numbers} << numbers.trimmed().split(QLatin1Char('\n')) << 1;
         QTest::newRow("our line follows what came before it")
             << QStringList {numbers.right(12) + "unfinished", "line:Booted in 9 s."}
             << QStringList {"12998", "12999", "Booted in 9 s.", "unfinished"} << 1;
-        QTest::newRow("a long line is cut") << QStringList {a64k + QString(4464, 'b') + "\nnext\n"}
-                                            << QStringList {a64k + "… (4464 more characters)", "next"} << 1;
+        QTest::newRow("a long line is cut")
+            << QStringList {aLongest + QString(4464, 'b') + "\nnext\n"}
+            << QStringList {aLongest + "… (4464 more characters)", "next"} << 1;
         QTest::newRow("cut across chunks, and at the end")
-            << QStringList {a64k.left(40000), a64k.left(40000) + "\n", a64k + "c"}
-            << QStringList {a64k + "… (14464 more characters)", a64k + "… (1 more characters)"} << 1;
+            << QStringList {aLongest.left(longest * 5 / 8), aLongest.left(longest * 5 / 8) + "\n",
+                   aLongest + "c"}
+            << QStringList {aLongest + more(longest / 4), aLongest + more(1)} << 1;
         QTest::newRow("no pair of a character is cut")
-            << QStringList {a64k.left(ChunkQueue::longestLine - 1) + QStringLiteral("\U0001F600\n")}
-            << QStringList {a64k.left(ChunkQueue::longestLine - 1) + "… (2 more characters)"} << 1;
+            << QStringList {aLongest.left(ChunkQueue::longestLine - 1) + QStringLiteral("\U0001F600\n")}
+            << QStringList {aLongest.left(ChunkQueue::longestLine - 1) + "… (2 more characters)"} << 1;
     }
 
     void delivery()
