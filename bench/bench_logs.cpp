@@ -154,7 +154,7 @@ int main(int argc, char *argv[])
             app.longestOwnWhat().constData(), app.longestDrawingMs(), app.longestLayoutMs());
         app.restart();
         clock.restart();
-        log.setText(QStringLiteral("line 9"));
+        log.setText(QStringLiteral("line 15"));
         while (log.filtering())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
         std::printf(

@@ -11,9 +11,9 @@
 #include <QTimer>
 
 #include <QCoro/QCoroFuture>
-#include <QCoro/QCoroTimer>
 
 #include <algorithm>
+#include <memory>
 #include <unistd.h>
 
 namespace {
@@ -64,13 +64,16 @@ Logcat::Logcat(const QString &serial, QObject *parent)
     : QAbstractListModel(parent)
     , m_serial(serial)
     , m_queue(new ChunkQueue([this](const QStringList &lines) { take(lines); }, this))
+    , m_retry(new QTimer(this))
 {
-    waitForPhone(m_over, false);
+    // The wait between two questions is a timer of the log's own, so nothing waits on after it is gone.
+    m_retry->setSingleShot(true);
+    connect(m_retry, &QTimer::timeout, this, [this] { askForPhone(); });
+    askForPhone();
 }
 
 Logcat::~Logcat()
 {
-    *m_over = true;
     if (m_process) {
         // logcat is ours alone: it goes with the log.
         m_process->disconnect(this);
@@ -105,33 +108,34 @@ void Logcat::setNote(const QString &note)
     Q_EMIT noteChanged();
 }
 
-QCoro::Task<> Logcat::waitForPhone(std::shared_ptr<bool> over, bool waitFirst)
+void Logcat::askForPhone()
+{
+    askForPhoneTask();
+}
+
+void Logcat::askAgainLater()
+{
+    m_retry->start(currentTiming().reconnectInterval);
+}
+
+QCoro::Task<> Logcat::askForPhoneTask()
 {
     QPointer<Logcat> self(this);
-    for (bool wait = waitFirst;; wait = true) {
-        const Timing timing = currentTiming();
-        if (wait) {
-            auto sleeping = QCoro::sleepFor(timing.reconnectInterval);
-            co_await std::move(sleeping);
-            if (*over || !self)
-                co_return;
-        }
-        auto asking = AndroidTools::runADB({QStringLiteral("get-state")}, m_serial, timing.adbTimeout);
-        const ProcessResult result = co_await std::move(asking);
-        if (*over || !self)
-            co_return;
-        if (result.isClean() && result.text.trimmed() == QLatin1String("device")) {
-            startReading();
-            co_return;
-        }
-    }
+    auto asking = AndroidTools::runADB({QStringLiteral("get-state")}, m_serial, currentTiming().adbTimeout);
+    const ProcessResult result = co_await std::move(asking);
+    if (!self)
+        co_return;
+    if (result.isClean() && result.text.trimmed() == QLatin1String("device"))
+        startReading();
+    else
+        askAgainLater();
 }
 
 void Logcat::startReading()
 {
     const std::optional<QString> adb = AndroidTools::adbPath();
     if (!adb) {
-        waitForPhone(m_over, true);
+        askAgainLater();
         return;
     }
     QStringList arguments {QStringLiteral("-s"), m_serial, QStringLiteral("logcat"), QStringLiteral("-v"),
@@ -181,7 +185,7 @@ void Logcat::startReading()
             + (pipe->error().isEmpty() ? ToolRunner::launchFailureReason(*process) : pipe->error()));
         process->disconnect(this);
         delete process;
-        waitForPhone(m_over, true);
+        askAgainLater();
         return;
     }
     pipe->closeWriteEnd();
@@ -204,7 +208,7 @@ void Logcat::readingEnded()
         take({*rest});
     take({breakLine});
     setState(State::Stopped);
-    waitForPhone(m_over, true);
+    askAgainLater();
 }
 
 void Logcat::take(const QStringList &lines)
@@ -579,6 +583,9 @@ QVariant Logcat::data(const QModelIndex &index, int role) const
         return shown.tid;
     case Qt::DisplayRole:
     case MessageRole:
+        // Stack traces indent with tabs, which a text item draws as wide gaps.
+        if (shown.message.contains(QLatin1Char('\t')))
+            return QString(shown.message).replace(QLatin1Char('\t'), QLatin1String("    "));
         return shown.message;
     case CrashRole:
         return shown.crash;

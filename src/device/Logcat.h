@@ -10,6 +10,7 @@
 #include <QPointer>
 #include <QProcess>
 #include <QStringDecoder>
+#include <QTimer>
 #include <QUrl>
 #include <QVariant>
 #include <QtQml/qqmlregistration.h>
@@ -18,7 +19,6 @@
 
 #include <chrono>
 #include <deque>
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -153,8 +153,10 @@ private:
     qint64 endNumber() const { return m_firstNumber + qint64(m_entries.size()); }
     const LogcatEntry &entry(qint64 number) const { return m_entries[size_t(number - m_firstNumber)]; }
 
-    // Asks adb for the phone until it answers, then reads its log; after a break it waits first.
-    QCoro::Task<> waitForPhone(std::shared_ptr<bool> over, bool waitFirst);
+    // Asks adb whether the phone runs: when it does, reads its log; else asks again after a while.
+    void askForPhone();
+    QCoro::Task<> askForPhoneTask();
+    void askAgainLater();
     void finishWhenDrained();
     void startReading();
     void readingEnded();
@@ -172,10 +174,10 @@ private:
 
     const QString m_serial;
     State m_state = State::Connecting;
-    std::shared_ptr<bool> m_over = std::make_shared<bool>(false);
     QPointer<QProcess> m_process;
     QStringDecoder m_decoder {QStringDecoder::Utf8};
     ChunkQueue *m_queue;
+    QTimer *m_retry;
     LogcatParser m_parser;
 
     std::deque<LogcatEntry> m_entries;

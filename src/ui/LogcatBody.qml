@@ -161,12 +161,20 @@ ColumnLayout {
             onMovementStarted: body.following = false
             onMovementEnded: body.following = atYEnd
             onCountChanged: {
-                if (body.following)
-                    Qt.callLater(follow)
+                if (body.following && !followTimer.running)
+                    followTimer.start()
             }
             function follow() {
                 if (body.following)
                     positionViewAtEnd()
+            }
+            // Following the end lays out a page of new rows. While a phone floods its log that happens
+            // at once and then at most every 50 ms, not for every frame, which leaves the frames to reading.
+            Timer {
+                id: followTimer
+                interval: 50
+                triggeredOnStart: true
+                onTriggered: Qt.callLater(list.follow)
             }
             Connections {
                 target: body.log
@@ -177,6 +185,20 @@ ColumnLayout {
                 }
             }
 
+            // One tap handler for the list, not a mouse area in every row: a flood makes rows by the hundred.
+            TapHandler {
+                onTapped: eventPoint => {
+                    const row = list.indexAt(eventPoint.position.x + list.contentX,
+                        eventPoint.position.y + list.contentY)
+                    if (row >= 0) {
+                        list.currentIndex = row
+                        body.following = false
+                    }
+                }
+            }
+
+            // Three texts a row, the fewest that keep the columns and their colours: rows are laid out
+            // by the hundred while a phone floods its log.
             delegate: Rectangle {
                 id: entry
                 required property int index
@@ -195,13 +217,6 @@ ColumnLayout {
                 Accessible.role: Accessible.ListItem
                 Accessible.name: (crash ? "Crash. " : "") + letter + " " + tag + ": " + message
 
-                MouseArea {
-                    anchors.fill: parent
-                    onClicked: {
-                        list.currentIndex = entry.index
-                        body.following = false
-                    }
-                }
                 Rectangle {
                     // A crash is marked along its whole height.
                     visible: entry.crash
@@ -211,32 +226,17 @@ ColumnLayout {
                 }
                 Text {
                     x: 6
-                    width: 124
-                    text: entry.time
-                    font: Style.monoCaption
-                    color: Style.secondary
-                }
-                Text {
-                    x: 130
-                    width: 40
-                    horizontalAlignment: Text.AlignRight
-                    text: entry.pid > 0 ? entry.pid : ""
+                    width: 168
+                    visible: entry.level !== 0
+                    text: entry.time + (entry.pid > 0 ? String(entry.pid).padStart(6) : "")
                     font: Style.monoCaption
                     color: Style.secondary
                 }
                 Text {
                     x: 178
-                    width: 10
-                    text: entry.letter
-                    font.family: Style.monoCaption.family
-                    font.pixelSize: Style.monoCaption.pixelSize
-                    font.bold: true
-                    color: entry.levelColor
-                }
-                Text {
-                    x: 192
-                    width: 110
-                    text: entry.tag
+                    width: 124
+                    visible: entry.level !== 0
+                    text: entry.letter + " " + entry.tag
                     elide: Text.ElideRight
                     font: Style.monoCaption
                     color: entry.levelColor
@@ -245,8 +245,7 @@ ColumnLayout {
                     id: messageText
                     x: entry.level === 0 ? 6 : 306
                     width: entry.width - x
-                    // Stack traces indent with tabs, which plain text would draw as wide gaps.
-                    text: entry.message.replace(/\t/g, "    ")
+                    text: entry.message
                     textFormat: Text.PlainText
                     wrapMode: Text.WrapAtWordBoundaryOrAnywhere
                     font: Style.monoCaption

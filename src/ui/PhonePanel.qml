@@ -103,7 +103,7 @@ ColumnLayout {
             }
             ComboBox {
                 objectName: "delay"
-                model: panel.controls.delays.map(each => each.label + " latency")
+                model: panel.controls.delays.map(each => each.value === "none" ? "No added latency" : each.label + " latency")
                 onActivated: index => panel.controls.setNetworkDelay(panel.controls.delays[index].value)
                 Accessible.name: "Network latency"
             }

@@ -137,7 +137,23 @@ struct Shot
         app.reset();
         engine.reset();
     }
-    QObject *find(const QString &name) const { return main->findChild<QObject *>(name); }
+    // By object name; rows a list view made are no object's children, so its items are searched too.
+    QObject *find(const QString &name) const
+    {
+        if (auto *found = main->findChild<QObject *>(name))
+            return found;
+        return findItem(main->contentItem(), name);
+    }
+    static QQuickItem *findItem(QQuickItem *item, const QString &name)
+    {
+        if (item->objectName() == name)
+            return item;
+        for (QQuickItem *child : item->childItems()) {
+            if (auto *found = findItem(child, name))
+                return found;
+        }
+        return nullptr;
+    }
     static void settle() { QTest::qWait(300); }
 
     // Makes the app do one thing: a word of the table below, with its argument after a colon.
@@ -247,7 +263,11 @@ struct Shot
             QCoro::waitFor(store->removeLockAndStartTask(argument, StartOptions {}));
             settle();
         } else if (word == QLatin1String("snapshots")) {
-            find(QStringLiteral("snapshots ") + argument)->setProperty("checked", true);
+            const QString name = QStringLiteral("snapshots ") + argument;
+            waitUntil([&] { return find(name) != nullptr; });
+            if (!find(name))
+                qFatal("the Phones tab shows no %s", qPrintable(argument));
+            find(name)->setProperty("checked", true);
             settle();
             settle();
         } else if (word == QLatin1String("record")) {
