@@ -2,6 +2,7 @@
 
 #include "AndroidTools.h"
 #include "OutputPipe.h"
+#include "PhoneShell.h"
 #include "ToolRunner.h"
 
 #include <QElapsedTimer>
@@ -26,12 +27,6 @@ Logcat::Timing &currentTiming()
 
 // Where a break in the log is: the phone stopped, restarted, or adb lost it.
 const QString breakLine = QStringLiteral("--------- The phone stopped or restarted here.");
-
-// A word as the phone's shell reads it back unchanged.
-QString shellQuoted(QString word)
-{
-    return QLatin1Char('\'') + word.replace(QLatin1Char('\''), QLatin1String("'\\''")) + QLatin1Char('\'');
-}
 
 // Writes the entries as logcat prints them; the error, or nothing when the file was written.
 std::optional<QString> writeEntries(const QString &path, const std::vector<LogcatEntry> &entries)
@@ -444,7 +439,7 @@ QCoro::Task<> Logcat::findProcesses(QString package)
 {
     QPointer<Logcat> self(this);
     auto asking
-        = AndroidTools::runADB({QStringLiteral("shell"), QStringLiteral("pidof"), shellQuoted(package)},
+        = AndroidTools::runADB({QStringLiteral("shell"), QStringLiteral("pidof"), PhoneShell::quote(package)},
             m_serial, currentTiming().adbTimeout);
     const ProcessResult result = co_await std::move(asking);
     if (!self || !result.isClean())
@@ -530,7 +525,8 @@ QCoro::Task<> Logcat::saveTask(QString path)
     if (error)
         setNote(QStringLiteral("Could not save the log to %1: %2").arg(path, *error));
     else
-        setNote(QStringLiteral("Saved %1 entries to %2.").arg(shown->size()).arg(path));
+        setNote(shown->size() == 1 ? QStringLiteral("Saved 1 entry to %1.").arg(path)
+                                   : QStringLiteral("Saved %1 entries to %2.").arg(shown->size()).arg(path));
 }
 
 void Logcat::refreshPackages()

@@ -34,6 +34,14 @@ QStringList shown(const Logcat &log)
 
 const QString head = QStringLiteral("11-23 10:00:01.200  2001  2001 ");
 
+// The phone logs these lines next: the simulated adb streams what is added to its feed.
+void append(const QString &feed, const char *lines)
+{
+    QFile file(feed);
+    if (file.open(QIODevice::Append))
+        file.write(lines);
+}
+
 } // namespace
 
 class TestLogcat : public QObject
@@ -160,6 +168,7 @@ private Q_SLOTS:
         const int anr = log.nextCrash(fatal);
         QCOMPARE(log.entryAt(fatal).message.count(QLatin1Char('\n')), 4);
         QVERIFY(log.entryAt(anr).message.startsWith(QLatin1String("ANR in com.example.maps\nPID: 2101")));
+        QCOMPARE(log.nextCrash(fatal - 1), fatal);
         QCOMPARE(log.nextCrash(anr), -1);
         QCOMPARE(log.previousCrash(log.count()), anr);
         QCOMPARE(log.previousCrash(anr), fatal);
@@ -181,9 +190,12 @@ private Q_SLOTS:
                 QStringLiteral("syncing 3 notes"), QStringLiteral("pulled 3 notes"),
                 QStringLiteral("FATAL EXCEPTION: main"), QStringLiteral("onCreate"),
                 QStringLiteral("café and a stray \uFFFD byte")}));
-        // An app that started before the log, found by its running process.
+        // An app that started before the log, found by its running process, and what it logs next.
         log.setApp(QStringLiteral("com.example.maps"));
         QTRY_COMPARE(shown(log), QStringList {QStringLiteral("Map tiles ready")});
+        append(feed, "11-23 10:00:06.500  2101  2101 I Maps    : route found\n");
+        QTRY_COMPARE(
+            shown(log), QStringList({QStringLiteral("Map tiles ready"), QStringLiteral("route found")}));
         log.setApp({});
         log.setText(QStringLiteral("slow QUERY"));
         QTRY_COMPARE(shown(log), QStringList {QStringLiteral("Slow query: 120 ms")});
@@ -196,27 +208,25 @@ private Q_SLOTS:
                 QStringLiteral("onCreate")}));
         log.setText(QStringLiteral("on("));
         QVERIFY(log.filterError().has_value());
-        QTRY_COMPARE(log.count(), 19);
+        QTRY_COMPARE(log.count(), 20);
         log.setText({});
         QVERIFY(!log.filterError());
 
         // Nothing is lost while paused; it shows on resuming.
         log.setPaused(true);
-        QFile lines(feed);
-        QVERIFY(lines.open(QIODevice::Append));
-        lines.write("11-23 10:00:07.000  2002  2002 I Notes   : while paused\n"
-                    "11-23 10:00:07.500  2002  2002 I Notes   : still paused\n");
-        lines.close();
-        QTRY_COMPARE(log.held(), 21);
-        QCOMPARE(log.count(), 19);
+        append(feed,
+            "11-23 10:00:07.000  2002  2002 I Notes   : while paused\n"
+            "11-23 10:00:07.500  2002  2002 I Notes   : still paused\n");
+        QTRY_COMPARE(log.held(), 22);
+        QCOMPARE(log.count(), 20);
         QCOMPARE(log.waiting(), 2);
         log.setPaused(false);
-        QTRY_COMPARE(log.count(), 21);
+        QTRY_COMPARE(log.count(), 22);
         QCOMPARE(log.waiting(), 0);
 
         const QString saved = root.filePath(QStringLiteral("log.txt"));
         log.save(QUrl::fromLocalFile(saved));
-        QTRY_COMPARE(log.note(), QStringLiteral("Saved 21 entries to %1.").arg(saved));
+        QTRY_COMPARE(log.note(), QStringLiteral("Saved 22 entries to %1.").arg(saved));
         QFile file(saved);
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QString text = QString::fromUtf8(file.readAll());
@@ -225,6 +235,15 @@ private Q_SLOTS:
             "11-23 10:00:02.000  2001  2001 E AndroidRuntime: Process: com.example.notes, PID: 2001\n"
             "11-23 10:00:02.000  2001  2001 E AndroidRuntime: java.lang.IllegalStateException")));
         QVERIFY(text.endsWith(QLatin1String("11-23 10:00:07.500  2002  2002 I Notes   : still paused\n")));
+        // What is saved is what the filter shows.
+        log.setText(QStringLiteral("still paused"));
+        QTRY_COMPARE(log.count(), 1);
+        log.save(QUrl::fromLocalFile(saved));
+        QTRY_COMPARE(log.note(), QStringLiteral("Saved 1 entry to %1.").arg(saved));
+        QFile filtered(saved);
+        QVERIFY(filtered.open(QIODevice::ReadOnly));
+        QCOMPARE(filtered.readAll(), QByteArray("11-23 10:00:07.500  2002  2002 I Notes   : still paused\n"));
+        log.setText({});
 
         // The phone restarts and floods its log: the view says so, reads on from where it was, and keeps
         // only the newest entries.
