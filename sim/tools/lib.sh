@@ -44,11 +44,12 @@ sim_java_version() {
     sed -n 's/^JAVA_VERSION="\(1\.\)\{0,1\}\([0-9]*\).*/\2/p' "$JAVA_HOME/release" 2>/dev/null
 }
 
-# sim_bar PERCENT LABEL: one frame of sdkmanager's progress bar, redrawn in place with a carriage return.
+# sim_bar PERCENT LABEL: one frame of sdkmanager's status line: a 40-column bar, the percentage and the
+# label, padded to 80 columns and ended by a carriage return, so the next frame is drawn over it.
 sim_bar() {
-    filled=$(($1 * 39 / 100))
-    bar=$(awk -v n="$filled" 'BEGIN { s = ""; for (i = 0; i < 39; i++) s = s (i < n ? "=" : " "); print s }')
-    printf '\r[%s] %d%% %s' "$bar" "$1" "$2"
+    printf '%s\r' "$(awk -v p="$1" -v t="$2" 'BEGIN {
+        s = "["; for (i = 1; i < 40; i++) s = s (i < 40 * p / 100 ? "=" : " ")
+        s = s "] " p "% " t " "; while (length(s) < 80) s = s " "; print substr(s, 1, 80) }')"
 }
 
 # sim_failing NAME...: succeeds when the demo or a test asked, through the switch known-failure, for one

@@ -21,9 +21,14 @@ class JobRunner : public QObject
     QML_ELEMENT
     QML_UNCREATABLE("Owned by the setup controller and the phone store")
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
+    // The title while the job runs; once it has ended, how it ended: "Installed ...", "... failed" or
+    // "Cancelled: ...".
+    Q_PROPERTY(QString heading READ heading NOTIFY headingChanged)
     Q_PROPERTY(QStringList lines READ lines NOTIFY linesChanged)
     Q_PROPERTY(LogLines *lineModel READ lineModel CONSTANT)
     Q_PROPERTY(QVariant progress READ progressVariant NOTIFY progressChanged)
+    // What the progress is the progress of: the download or step the tool's bar names.
+    Q_PROPERTY(QString progressText READ progressText NOTIFY progressChanged)
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
     Q_PROPERTY(RunningJob *job READ job NOTIFY jobChanged)
 
@@ -34,6 +39,8 @@ public:
     explicit JobRunner(QObject *parent = nullptr);
 
     QString title() const { return m_title; }
+    QString heading() const { return m_heading; }
+    QString progressText() const { return m_progressText; }
     const QStringList &lines() const { return m_lines->lines(); }
     LogLines *lineModel() const { return m_lines; }
     std::optional<double> progress() const { return m_progress; }
@@ -46,6 +53,7 @@ public:
 
 Q_SIGNALS:
     void titleChanged();
+    void headingChanged();
     void linesChanged();
     void progressChanged();
     void isRunningChanged();
@@ -56,7 +64,8 @@ Q_SIGNALS:
 private:
     QVariant progressVariant() const { return m_progress ? QVariant(*m_progress) : QVariant(); }
     void setTitle(const QString &title);
-    void setProgress(std::optional<double> progress);
+    void setHeading(const QString &heading);
+    void setProgress(std::optional<double> progress, const QString &text);
     void setRunning(bool running);
     void setJob(RunningJob *job);
     // One batch of lines, as if added one by one: progress redraws merge, and the log is trimmed
@@ -64,6 +73,10 @@ private:
     void addLines(const QStringList &lines);
 
     QString m_title;
+    QString m_heading;
+    QString m_progressText;
+    // Homebrew's last "==> " step: its download bar names nothing itself.
+    QString m_lastStep;
     LogLines *m_lines;
     std::optional<double> m_progress;
     bool m_isRunning = false;

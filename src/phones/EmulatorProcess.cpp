@@ -5,9 +5,12 @@
 #include "ProcessResult.h"
 #include "ToolRunner.h"
 
+#include <QRegularExpression>
 #include <QTimer>
 
 #include <QCoro/QCoroTimer>
+
+#include <algorithm>
 
 #include <unistd.h>
 
@@ -233,9 +236,10 @@ void EmulatorProcess::setState(State state)
     Q_EMIT stateChanged();
 }
 
-void EmulatorProcess::setFailure(std::optional<QString> failure)
+void EmulatorProcess::setFailure(std::optional<QString> failure, const QString &cause)
 {
     m_failure = std::move(failure);
+    m_failureCause = cause;
     Q_EMIT failureChanged();
 }
 
@@ -355,8 +359,13 @@ void EmulatorProcess::processEnded(int status)
         if (status != 0) {
             const QStringList &all = lines();
             const QStringList last = all.mid(std::max<qsizetype>(0, all.size() - 15));
+            // The first of its own error lines says why; those after it tend to say only that it gave up.
+            static const QRegularExpression error(QStringLiteral("^\\s*(?:(?:ERROR|FATAL)\\s*\\||PANIC:)"));
+            const auto cause = std::find_if(
+                last.begin(), last.end(), [](const QString &line) { return error.match(line).hasMatch(); });
             setFailure(QStringLiteral("The emulator exited with status %1.\n\n").arg(status)
-                + last.join(QLatin1Char('\n')));
+                    + last.join(QLatin1Char('\n')),
+                cause != last.end() ? cause->simplified() : QString());
         } else if (previous == State::Starting) {
             setFailure(QStringLiteral("The emulator exited before it finished starting."));
         }

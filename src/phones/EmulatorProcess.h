@@ -31,6 +31,8 @@ class EmulatorProcess : public QObject
     Q_PROPERTY(QStringList lines READ lines NOTIFY linesChanged)
     Q_PROPERTY(LogLines *lineModel READ lineModel CONSTANT)
     Q_PROPERTY(QVariant failure READ failureVariant NOTIFY failureChanged)
+    // The emulator's own ERROR, FATAL or PANIC line that explains the failure; empty when it printed none.
+    Q_PROPERTY(QString failureCause READ failureCause NOTIFY failureChanged)
     Q_PROPERTY(int port READ port NOTIFY portChanged)
     Q_PROPERTY(QString serial READ serial NOTIFY portChanged)
     Q_PROPERTY(QVariant secondsSoFar READ secondsSoFarVariant NOTIFY timelineChanged)
@@ -77,6 +79,7 @@ public:
     const QStringList &lines() const { return m_lines->lines(); }
     LogLines *lineModel() const { return m_lines; }
     std::optional<QString> failure() const { return m_failure; }
+    QString failureCause() const { return m_failureCause; }
     int port() const { return m_port; }
     QString serial() const { return QStringLiteral("emulator-") + QString::number(m_port); }
 
@@ -107,7 +110,7 @@ Q_SIGNALS:
 private:
     QVariant failureVariant() const { return m_failure ? QVariant(*m_failure) : QVariant(); }
     void setState(State state);
-    void setFailure(std::optional<QString> failure);
+    void setFailure(std::optional<QString> failure, const QString &cause = QString());
     void setPort(int port);
     QVariant secondsSoFarVariant() const;
     void startTimeline();
@@ -127,6 +130,7 @@ private:
     State m_state = State::Stopped;
     LogLines *m_lines;
     std::optional<QString> m_failure;
+    QString m_failureCause;
     int m_port = 5554;
     QPointer<QProcess> m_process;
     // Set when the current boot poll is to end.

@@ -99,11 +99,19 @@ QCoro::Task<> PhoneStore::deletePhoneTask(QString name)
 
 QCoro::Task<bool> PhoneStore::installImageTask(SystemImage image)
 {
+    return installImageForPhoneTask(image, QString());
+}
+
+QCoro::Task<bool> PhoneStore::installImageForPhoneTask(SystemImage image, QString phone)
+{
     const auto sdkManager = AndroidTools::sdkManager();
     if (!sdkManager)
         co_return false;
     QPointer<PhoneStore> self(this);
     AndroidTools::ensureSDKFolder();
+    setInstallingImage(true);
+    if (!phone.isEmpty())
+        setFix(m_fixSteps, phone, QStringLiteral("Installing the system image..."));
     const QString title = QStringLiteral("Installing ") + image.label();
     const QStringList arguments {QStringLiteral("--sdk_root=") + AndroidTools::sdkRoot(), image.id};
     auto installing = m_imageJob->run(title, *sdkManager, arguments);
@@ -113,8 +121,16 @@ QCoro::Task<bool> PhoneStore::installImageTask(SystemImage image)
     // The user cancelled from the job's log; that needs no message.
     if (!result.isClean() && !result.cancelled)
         setError(QStringLiteral("Installing the system image failed."), failureDetails(result));
+    // Until the images are read again, nobody can tell whether the image is there now.
+    if (!phone.isEmpty())
+        setFix(m_fixSteps, phone, QStringLiteral("Checking whether the system image is installed now..."));
     auto loading = loadImagesTask();
     co_await std::move(loading);
+    if (!self)
+        co_return result.isClean();
+    setInstallingImage(false);
+    if (!phone.isEmpty())
+        setFix(m_fixSteps, phone, std::nullopt);
     co_return result.isClean();
 }
 
@@ -188,10 +204,12 @@ QCoro::Task<> PhoneStore::removeLockAndStartTask(QString name, StartOptions opti
         co_return;
     // Asked again now, and trusted only when adb named every emulator: a lock of a running emulator is
     // never touched.
+    setFix(m_fixSteps, name, QStringLiteral("Checking that no emulator runs %1...").arg(name));
     auto asking = m_elsewhere->scanTask();
     co_await std::move(asking);
     if (!self)
         co_return;
+    setFix(m_fixSteps, name, std::nullopt);
     if (const QStringList serials = m_elsewhere->phones().value(name); !serials.isEmpty()) {
         setRefusal(name,
             QStringLiteral("%1 is running outside Tolvane (%2), so its lock stays.")
@@ -240,8 +258,14 @@ QCoro::Task<bool> PhoneStore::installImageForTask(QString name)
         co_return false;
     }
     const SystemImage image = *configured;
-    auto installing = installImageTask(image);
+    setFix(m_fixOutcomes, name, std::nullopt);
+    QPointer<PhoneStore> self(this);
+    auto installing = installImageForPhoneTask(image, name);
     const bool installed = co_await std::move(installing);
+    // The folder the emulator looks for decides, not the tool's exit status.
+    if (self && installed
+        && QFileInfo::exists(AndroidTools::sdkRoot() + QLatin1Char('/') + parts.join(QLatin1Char('/'))))
+        setFix(m_fixOutcomes, name, QStringLiteral("System image installed. Start %1 now.").arg(name));
     co_return installed;
 }
 

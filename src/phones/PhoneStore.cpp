@@ -67,7 +67,8 @@ PhoneStore::PhoneStore(QObject *parent)
              &PhoneStore::devicesLoadingChanged, &PhoneStore::rawPhoneListingChanged,
              &PhoneStore::rawDeviceListingChanged, &PhoneStore::rawImageListingChanged,
              &PhoneStore::errorSummaryChanged, &PhoneStore::errorDetailsChanged,
-             &PhoneStore::lockedPhonesChanged, &PhoneStore::refusalsChanged})
+             &PhoneStore::lockedPhonesChanged, &PhoneStore::refusalsChanged,
+             &PhoneStore::installingImageChanged, &PhoneStore::fixesChanged})
         connect(this, signal, this, &PhoneStore::changed);
     // With the store as context, the connections end with the store and never keep it alive.
     connect(m_imageJob, &JobRunner::changed, this, &PhoneStore::changed);
@@ -174,6 +175,7 @@ void PhoneStore::start(const QString &name, const StartOptions &options)
         return;
     }
     setRefusal(name, std::nullopt);
+    setFix(m_fixOutcomes, name, std::nullopt);
     phone->start(*emulator, consolePort(ourPorts() + m_elsewhere->ports()), options);
 }
 
@@ -186,6 +188,21 @@ void PhoneStore::setRefusal(const QString &name, std::optional<QString> why)
     else
         m_refusals.remove(name);
     Q_EMIT refusalsChanged();
+}
+
+void PhoneStore::setInstallingImage(bool installing)
+{
+    m_installingImage = installing;
+    Q_EMIT installingImageChanged();
+}
+
+void PhoneStore::setFix(QVariantMap &fixes, const QString &name, std::optional<QString> text)
+{
+    if (text)
+        fixes.insert(name, *text);
+    else if (!fixes.remove(name))
+        return;
+    Q_EMIT fixesChanged();
 }
 
 void PhoneStore::dismissError()

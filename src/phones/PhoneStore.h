@@ -44,6 +44,12 @@ class PhoneStore : public QObject
     Q_PROPERTY(QStringList lockedPhones READ lockedPhones NOTIFY lockedPhonesChanged)
     // Why the last start or lock removal of a phone was refused, by phone name; gone at its next start.
     Q_PROPERTY(QVariantMap refusals READ refusals NOTIFY refusalsChanged)
+    // From the start of a system-image install until the images have been read again after it.
+    Q_PROPERTY(bool installingImage READ installingImage NOTIFY installingImageChanged)
+    // What a fix started from a phone's hint is doing now, by phone name: its button waits meanwhile.
+    Q_PROPERTY(QVariantMap fixSteps READ fixSteps NOTIFY fixesChanged)
+    // What such a fix achieved and what comes next, by phone name; gone at the phone's next start.
+    Q_PROPERTY(QVariantMap fixOutcomes READ fixOutcomes NOTIFY fixesChanged)
     // Read again at each refresh and image listing.
     Q_PROPERTY(PhoneDiskUse *diskUse READ diskUse CONSTANT)
     // Looked for at each refresh.
@@ -102,6 +108,9 @@ public:
     PhonesElsewhere *elsewhere() const { return m_elsewhere; }
     QVariantList runningTargets() const;
     QVariantMap refusals() const { return m_refusals; }
+    bool installingImage() const { return m_installingImage; }
+    QVariantMap fixSteps() const { return m_fixSteps; }
+    QVariantMap fixOutcomes() const { return m_fixOutcomes; }
     Q_INVOKABLE void dismissError();
 
     Q_INVOKABLE void refresh();
@@ -155,6 +164,8 @@ Q_SIGNALS:
     void runnersChanged();
     void lockedPhonesChanged();
     void refusalsChanged();
+    void installingImageChanged();
+    void fixesChanged();
     // Any of the above, and every change of the image job or of a runner.
     void changed();
 
@@ -186,6 +197,11 @@ private:
     void runnerStateChanged(EmulatorProcess *runner);
     void setLockedPhones(const QStringList &names);
     void setRefusal(const QString &name, std::optional<QString> why);
+    void setInstallingImage(bool installing);
+    // An entry of fixSteps or fixOutcomes, set or removed.
+    void setFix(QVariantMap &fixes, const QString &name, std::optional<QString> text);
+    // The install of installImageTask; a fix for `phone` says which step it is at.
+    QCoro::Task<bool> installImageForPhoneTask(SystemImage image, QString phone);
     // Console ports of our emulators from launch until their end.
     QSet<int> ourPorts() const;
 
@@ -205,6 +221,9 @@ private:
     QMap<QString, EmulatorProcess *> m_runners;
     QStringList m_lockedPhones;
     QVariantMap m_refusals;
+    bool m_installingImage = false;
+    QVariantMap m_fixSteps;
+    QVariantMap m_fixOutcomes;
     PhoneDiskUse *m_diskUse;
     PhonesElsewhere *m_elsewhere;
 };

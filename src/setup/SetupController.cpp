@@ -69,6 +69,22 @@ void SetupController::refresh()
     setSdkRoot(AndroidTools::sdkRoot());
 }
 
+QString SetupController::nextStep() const
+{
+    if (!m_brewReady)
+        return QStringLiteral(
+            "Next: install Homebrew from its web site (Get Homebrew), then come back here.");
+    if (!m_javaReady)
+        return QStringLiteral("Next: press Install Java.");
+    if (!m_cmdlineReady)
+        return QStringLiteral("Next: press Install tools.");
+    if (!m_licensesAccepted)
+        return QStringLiteral("Next: read the SDK licenses (Show license text) and accept them.");
+    if (!m_emulatorReady || !m_platformToolsReady)
+        return QStringLiteral("Next: press Install the emulator.");
+    return QStringLiteral("Everything is ready. Create a phone on the Phones tab.");
+}
+
 void SetupController::hideLicenseText()
 {
     setLicenseText(std::nullopt);
@@ -154,8 +170,9 @@ QCoro::Task<> SetupController::loadLicenseTextTask()
     setLicenseLoading(true);
     setMessage(std::nullopt);
 
-    // Refusing every question makes sdkmanager print each licence and accept none.
-    const std::optional<QString> input = QStringLiteral("n\n").repeated(licenseAnswers);
+    // Yes to reviewing them, then no to each: sdkmanager prints every licence and accepts none.
+    const std::optional<QString> input
+        = QStringLiteral("y\n") + QStringLiteral("n\n").repeated(licenseAnswers);
     const QString executable = *sdkManager;
     const QStringList arguments = licenseArguments();
     const QProcessEnvironment environment = AndroidTools::environment();
@@ -170,8 +187,8 @@ QCoro::Task<> SetupController::loadLicenseTextTask()
         setMessage(*result.launchError);
         co_return;
     }
-    // Refusing a licence makes sdkmanager fail, so a failed run still shows the licences it printed. One
-    // that names no licence failed before it got to them (no Java, say): that is no text to accept.
+    // A run that failed after printing licences still shows them. One that names no licence failed before
+    // it got to them (no Java, say): that is no text to accept.
     const QString text = result.text.trimmed();
     static const QRegularExpression licence(
         QStringLiteral("\\blicen[cs]e"), QRegularExpression::CaseInsensitiveOption);
@@ -180,7 +197,45 @@ QCoro::Task<> SetupController::loadLicenseTextTask()
             + (text.isEmpty() ? result.failureSummary() : text));
         co_return;
     }
-    setLicenseText(text.isEmpty() ? QStringLiteral("sdkmanager printed no license text.") : text);
+    const QString licences = licenseBlocks(text);
+    setLicenseText(text.isEmpty() ? QStringLiteral("sdkmanager printed no license text.")
+            : licences.isEmpty()  ? text
+                                  : licences);
+}
+
+QString SetupController::licenseBlocks(const QString &text)
+{
+    // What sdkmanager prints around the licences (its catalog progress, the question whether to review
+    // them, each "Accept?" and the count it was refused) stays in the tool's output.
+    static const QRegularExpression heading(QStringLiteral("^(?:\\d+/\\d+: )?(License \\S+:)\\s*$"));
+    static const QRegularExpression rule(QStringLiteral("^-{10,}\\s*$"));
+    static const QRegularExpression lineBreak(QStringLiteral("\\r\\n|\\r|\\n"));
+    const QStringList lines = text.split(lineBreak);
+    qsizetype first = -1;
+    qsizetype last = -1;
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        if (first < 0 && heading.match(lines[i]).hasMatch())
+            first = i;
+        else if (first >= 0 && rule.match(lines[i]).hasMatch())
+            last = i;
+    }
+    if (first < 0)
+        return QString();
+    if (last < 0)
+        last = lines.size() - 1;
+    QStringList kept;
+    for (qsizetype i = first; i <= last; ++i) {
+        if (lines[i].startsWith(QLatin1String("Accept? (y/N)")))
+            continue;
+        if (const auto match = heading.match(lines[i]); match.hasMatch()) {
+            if (!kept.isEmpty())
+                kept.append(QString());
+            kept.append(match.captured(1));
+        } else {
+            kept.append(lines[i]);
+        }
+    }
+    return kept.join(QLatin1Char('\n')).trimmed();
 }
 
 QCoro::Task<> SetupController::acceptLicensesTask()

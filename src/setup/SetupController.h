@@ -31,6 +31,8 @@ class SetupController : public QObject
     Q_PROPERTY(QVariant message READ messageVariant NOTIFY messageChanged)
     Q_PROPERTY(JobRunner *job READ job CONSTANT)
     Q_PROPERTY(QString sdkRoot READ sdkRoot NOTIFY sdkRootChanged)
+    // What the user does next to make the Mac ready, as the last check found it.
+    Q_PROPERTY(QString nextStep READ nextStep NOTIFY changed)
 
 public:
     // sdkmanager asks one question per licence; this many answers cover every licence it knows.
@@ -53,6 +55,7 @@ public:
     std::optional<QString> message() const { return m_message; }
     JobRunner *job() const { return m_job; }
     QString sdkRoot() const { return m_sdkRoot; }
+    QString nextStep() const;
 
     // Checks every requirement again, in a fixed order, announcing each flag.
     Q_INVOKABLE void refresh();
@@ -93,6 +96,9 @@ private:
     QCoro::Task<bool> jobStepTask(QString title, QString executable, QStringList arguments,
         std::optional<QString> input, QString failureText);
     static QStringList licenseArguments();
+    // The licences sdkmanager printed, each with its heading, without the questions around them; empty
+    // when it printed none.
+    static QString licenseBlocks(const QString &text);
 
     QVariant licenseTextVariant() const { return m_licenseText ? QVariant(*m_licenseText) : QVariant(); }
     QVariant messageVariant() const { return m_message ? QVariant(*m_message) : QVariant(); }

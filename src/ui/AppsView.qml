@@ -180,6 +180,25 @@ ScrollView {
             }
         }
 
+        Connections {
+            target: view.installer
+            function onLatestSerialChanged() {
+                view.noteActedOn()
+            }
+        }
+        // Right under the drop zone the install came from, so that the hint and its fix are in view without
+        // scrolling.
+        FailureHint {
+            objectName: "outputHint"
+            text: view.installer.latestOutput
+            serial: view.installer.latestSerial
+            phone: view.actedOnName
+            fixUnavailable: view.fixUnavailable
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+        }
+
         PhonePanel {
             id: phonePanel
             objectName: "phonePanel"
@@ -318,24 +337,6 @@ ScrollView {
                     Accessible.readOnly: true
                 }
             }
-        }
-
-        Connections {
-            target: view.installer
-            function onLatestSerialChanged() {
-                view.noteActedOn()
-            }
-        }
-        FailureHint {
-            objectName: "outputHint"
-            text: view.installer.latestOutput
-            serial: view.installer.latestSerial
-            phone: view.actedOnName
-            fixUnavailable: view.fixUnavailable
-            Layout.fillWidth: true
-            Layout.leftMargin: 12
-            Layout.rightMargin: 12
-            Layout.bottomMargin: 12
         }
 
         Component {

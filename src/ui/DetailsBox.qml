@@ -38,12 +38,15 @@ Rectangle {
             onToggled: box.open = checked
         }
         ScrollView {
+            objectName: "detailsScroller"
             visible: box.open
             Layout.fillWidth: true
-            Layout.preferredHeight: 120
+            // A short text takes only its own height: the area never scrolls past it into blank space.
+            Layout.preferredHeight: Math.min(120, detailsText.implicitHeight)
             clip: true
             contentWidth: availableWidth
             TextEdit {
+                id: detailsText
                 objectName: "detailsText"
                 width: parent.width
                 text: box.details.length > 0 ? box.details : "(no further text)"

@@ -39,6 +39,11 @@ Rectangle {
         return ""
     }
 
+    // A fix under way says what it is doing; one that has done its work says what happened and what is
+    // next, in place of the explanation.
+    readonly property var step: phone !== "" ? TolvaneApp.store.fixSteps[phone] : undefined
+    readonly property var outcome: phone !== "" && fix !== "" ? TolvaneApp.store.fixOutcomes[phone] : undefined
+
     visible: explained.what !== undefined
     implicitHeight: visible ? column.implicitHeight + 16 : 0
     radius: 6
@@ -51,7 +56,26 @@ Rectangle {
         spacing: 4
 
         Label {
+            objectName: "hintOutcome"
+            visible: hint.outcome !== undefined
+            text: hint.outcome !== undefined ? hint.outcome : ""
+            textFormat: Text.PlainText
+            font.weight: Font.DemiBold
+            color: Style.green
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        Button {
+            objectName: "hintStart"
+            visible: hint.outcome !== undefined
+            text: "Start"
+            enabled: hint.fixEnabled
+            onClicked: TolvaneApp.store.start(hint.phone, hint.startOptions)
+            Accessible.name: "Start " + hint.phone
+        }
+        Label {
             objectName: "hintWhat"
+            visible: hint.outcome === undefined
             text: hint.explained.what !== undefined ? hint.explained.what : ""
             textFormat: Text.PlainText
             font.weight: Font.DemiBold
@@ -60,6 +84,7 @@ Rectangle {
         }
         Label {
             objectName: "hintTodo"
+            visible: hint.outcome === undefined
             text: hint.explained.todo !== undefined ? hint.explained.todo : ""
             textFormat: Text.PlainText
             wrapMode: Text.Wrap
@@ -74,11 +99,27 @@ Rectangle {
             wrapMode: Text.Wrap
             Layout.fillWidth: true
         }
+        RowLayout {
+            visible: hint.step !== undefined
+            spacing: 6
+            Layout.fillWidth: true
+            Spinner {
+                label: hint.step !== undefined ? hint.step : ""
+            }
+            Label {
+                objectName: "hintStep"
+                text: hint.step !== undefined ? hint.step : ""
+                textFormat: Text.PlainText
+                wrapMode: Text.Wrap
+                Layout.fillWidth: true
+            }
+        }
         Button {
             objectName: "hintFix"
-            visible: hint.fix !== ""
+            visible: hint.fix !== "" && hint.outcome === undefined
             text: hint.explained.fixLabel !== undefined ? hint.explained.fixLabel : ""
-            enabled: hint.fixEnabled && (hint.fix !== "installImage" || !TolvaneApp.store.imageJob.isRunning)
+            enabled: hint.fixEnabled && hint.step === undefined
+                     && (hint.fix !== "installImage" || (!TolvaneApp.store.imageJob.isRunning && !TolvaneApp.store.installingImage))
                      && (hint.fix !== "reinstall" || !TolvaneApp.installer.busy)
             onClicked: {
                 if (hint.fix === "installImage") {

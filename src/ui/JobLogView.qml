@@ -3,11 +3,12 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Tolvane
 
-// The live log of a long install: title, progress, "Cancel" and the output. Takes no space until the
-// job has printed its command line.
+// The live log of a long install: what it does (or how it ended), the progress of the step the tool names,
+// "Cancel" and the output. Takes no space until the job has printed its command line.
 ColumnLayout {
     id: view
     property JobRunner job
+    readonly property string heading: job && job.heading.length > 0 ? job.heading : "Output"
 
     visible: job !== null && job.lineModel.count > 0
     spacing: 6
@@ -15,7 +16,8 @@ ColumnLayout {
     RowLayout {
         Layout.fillWidth: true
         Label {
-            text: view.job && view.job.title.length > 0 ? view.job.title : "Output"
+            objectName: "jobHeading"
+            text: view.heading
             font: Style.headline
             elide: Text.ElideRight
             Layout.fillWidth: true
@@ -30,6 +32,16 @@ ColumnLayout {
             }
         }
     }
+    Label {
+        objectName: "jobStep"
+        visible: view.job !== null && view.job.isRunning && view.job.progressText.length > 0
+        text: view.job ? view.job.progressText : ""
+        textFormat: Text.PlainText
+        font: Style.caption
+        color: Style.secondary
+        elide: Text.ElideMiddle
+        Layout.fillWidth: true
+    }
     ProgressBar {
         objectName: "jobProgress"
         visible: view.job !== null && view.job.isRunning
@@ -39,7 +51,7 @@ ColumnLayout {
     }
     LogBox {
         lines: view.job ? view.job.lineModel : null
-        accessibleName: (view.job && view.job.title.length > 0 ? view.job.title : "Output") + ": output"
+        accessibleName: view.heading + ": output"
         Layout.fillWidth: true
         Layout.preferredHeight: 160
     }

@@ -18,6 +18,30 @@ Dialog {
     property bool creating: false
     // The name being created, shown beside the progress indicator while the user may edit the field.
     property string creatingName
+    // The system image was installed from this sheet: the next step is Create.
+    property bool installedHere: false
+
+    // Scrolls the choices so that a failure that has just appeared below them is in view.
+    property Item revealing: null
+    function reveal(item) {
+        revealing = item
+        Qt.callLater(showRevealed)
+        revealEnd.restart()
+    }
+    function showRevealed() {
+        if (!revealing || !revealing.visible)
+            return
+        const flick = scroller.contentItem
+        const top = revealing.mapToItem(choices, 0, 0).y
+        const bottom = Math.min(top + revealing.height, top + flick.height)
+        let y = flick.contentY
+        if (bottom > y + flick.height)
+            y = bottom - flick.height
+        if (top < y)
+            y = top
+        flick.contentY = Math.max(0, Math.min(y, choices.implicitHeight - flick.height))
+    }
+    Timer { id: revealEnd; interval: 500; onTriggered: sheet.revealing = null }
 
     function isPlay(image) {
         return image.variant === "google_apis_playstore"
@@ -133,6 +157,7 @@ Dialog {
             id: choices
             width: scroller.availableWidth
             spacing: 12
+            onImplicitHeightChanged: Qt.callLater(sheet.showRevealed)
 
             Label {
                 text: "New phone"
@@ -280,14 +305,25 @@ Dialog {
                 Button {
                     objectName: "Install it"
                     text: "Install it"
-                    enabled: !sheet.store.imageJob.isRunning
-                    onClicked: sheet.store.installImage(sheet.chosenImage)
+                    // Until the images are read again after an install, nobody knows whether it worked.
+                    enabled: !sheet.store.imageJob.isRunning && !sheet.store.installingImage
+                    onClicked: {
+                        sheet.installedHere = true
+                        sheet.store.installImage(sheet.chosenImage)
+                    }
                 }
+            }
+            RowLayout {
+                objectName: "imageChecking"
+                visible: sheet.store.installingImage && !sheet.store.imageJob.isRunning
+                spacing: 6
+                Spinner { label: "Checking the system image" }
+                Label { text: "Checking whether the system image is installed now..." }
             }
             Label {
                 objectName: "imageInstalled"
                 visible: sheet.chosenImage !== undefined && sheet.chosenImage.installed
-                text: "System image installed."
+                text: sheet.installedHere ? "System image installed. Create the phone now." : "System image installed."
                 color: Style.green
             }
             ImageDiskBox { store: sheet.store; Layout.fillWidth: true }
@@ -300,6 +336,10 @@ Dialog {
                 objectName: "imageHint"
                 text: imageHint.failedJobText(sheet.store.imageJob)
                 Layout.fillWidth: true
+                onVisibleChanged: {
+                    if (visible)
+                        sheet.reveal(imageHint)
+                }
             }
 
             // The outcome of the last creation.
@@ -307,6 +347,7 @@ Dialog {
                 active: sheet.errorText !== undefined
                 visible: active
                 Layout.fillWidth: true
+                onLoaded: sheet.reveal(item)
                 sourceComponent: DetailsBox {
                     objectName: "createError"
                     summary: "avdmanager could not create the phone."

@@ -200,7 +200,9 @@ ColumnLayout {
         Layout.bottomMargin: 4
         sourceComponent: DetailsBox {
             objectName: "startFailure"
-            summary: row.phone.name + " did not start cleanly."
+            // Named by the emulator's own error line when it printed one.
+            summary: row.runner.failureCause !== "" ? row.phone.name + " did not start cleanly: " + row.runner.failureCause
+                                                   : row.phone.name + " did not start cleanly."
             details: row.runner.failure !== undefined ? row.runner.failure : ""
         }
     }

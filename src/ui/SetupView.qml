@@ -185,6 +185,17 @@ ScrollView {
             Layout.rightMargin: 12
         }
 
+        // Once a step has ended, what the Mac still needs, as checked again just now.
+        Label {
+            objectName: "setupNext"
+            visible: !view.jobRunning && view.setup.job.lineModel.count > 0 && view.setup.message === undefined
+            text: view.setup.nextStep
+            textFormat: Text.PlainText
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+        }
         JobLogView {
             job: view.setup.job
             Layout.fillWidth: true

@@ -47,6 +47,16 @@ private Q_SLOTS:
             << 0.8;
         QTest::newRow("Downloading counts as progress") << "printf 'Downloading 10%%\\rDownloading 90%%\\n'"
                                                         << none << QStringList {"Downloading 90%"} << 1.0;
+        QTest::newRow("Homebrew's hash bar redraws merge")
+            << "printf '\\r####       12.5%%\\r########   50.0%%\\n'; exit 1" << none
+            << QStringList {"########   50.0%", "Finished with exit status 1."} << 0.5;
+        // sdkmanager fills its bar once while it reads the catalog, before any download.
+        QTest::newRow("reading the catalog is no progress")
+            << "printf '[===      ] 25%% Fetch remote repository... \\r[=========] 100%% Computing "
+               "updates... \\r'; "
+               "exit 1"
+            << none << QStringList {"[=========] 100% Computing updates... ", "Finished with exit status 1."}
+            << -1.0;
         QTest::newRow("failure keeps the last progress")
             << "printf '[=====     ] 50%%\\n'; exit 1" << none
             << QStringList {"[=====     ] 50%", "Finished with exit status 1."} << 0.5;

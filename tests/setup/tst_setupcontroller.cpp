@@ -13,6 +13,7 @@
 
 #include <QCoro/QCoroTask>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -36,23 +37,27 @@ QString flagsOf(const SetupController &setup)
     return flags;
 }
 
-// One job-based action, its log's title and command; <brew>, <sdkmanager> and <root> stand for their paths.
+// One job-based action, its log's title, its heading once it succeeded, and its command; <brew>,
+// <sdkmanager> and <root> stand for their paths.
 struct Job
 {
     Action action;
     QString title;
+    QString done;
     QString command;
 };
 
 const Job javaJob {&SetupController::installJavaTask, QStringLiteral("Installing Java (OpenJDK 17)"),
-    QStringLiteral("<brew> install openjdk@17")};
+    QStringLiteral("Installed Java (OpenJDK 17)"), QStringLiteral("<brew> install openjdk@17")};
 const Job toolsJob {&SetupController::installCommandLineToolsTask,
     QStringLiteral("Installing Android command line tools"),
+    QStringLiteral("Installed Android command line tools"),
     QStringLiteral("<brew> install --cask android-commandlinetools")};
 const Job acceptJob {&SetupController::acceptLicensesTask, QStringLiteral("Accepting SDK licenses"),
-    QStringLiteral("<sdkmanager> --sdk_root=<root> --licenses")};
+    QStringLiteral("Accepted SDK licenses"), QStringLiteral("<sdkmanager> --sdk_root=<root> --licenses")};
 const Job emulatorJob {&SetupController::installEmulatorTask,
     QStringLiteral("Installing emulator and platform tools"),
+    QStringLiteral("Installed emulator and platform tools"),
     QStringLiteral("<sdkmanager> --sdk_root=<root> emulator platform-tools")};
 
 Preparation with(Preparation first, const QString &key, const QByteArray &value = "1")
@@ -247,8 +252,9 @@ private Q_SLOTS:
         QTest::newRow("licences without Java")
             << brewAndTools << acceptJob << failed << "Accepting licenses failed. See the log for details."
             << "101000";
+        // Reading the licences answers no to each of them; accepting answers yes.
         QTest::newRow("licences cancelled") << with(tools, QStringLiteral("sdkmanager.script"),
-            "if read -r answer && [ \"$answer\" = y ]; then exec sleep 600; fi")
+            "read -r review; if read -r answer && [ \"$answer\" = y ]; then exec sleep 600; fi")
                                             << acceptJob << cancelled << none << "111000";
         QTest::newRow("emulator") << licensed << emulatorJob << QString() << none << "111111";
         QTest::newRow("emulator fails") << with(licensed, QStringLiteral("sdkmanager.fail")) << emulatorJob
@@ -269,6 +275,11 @@ private Q_SLOTS:
             QCoro::waitFor(setup.loadLicenseTextTask());
         const QString earlier = messageOf(setup);
         QSignalSpy checked(&setup, &SetupController::brewReadyChanged);
+        // The bar as it is drawn: each value with what it is the progress of.
+        QList<std::pair<std::optional<double>, QString>> bars;
+        connect(setup.job(), &JobRunner::progressChanged, this, [&] {
+            bars.append({setup.job()->progress(), setup.job()->progressText()});
+        });
         auto running = (setup.*job.action)();
         QVERIFY(setup.job()->isRunning());
         // Installs clear the last message; accepting leaves it in view while it runs.
@@ -278,6 +289,23 @@ private Q_SLOTS:
         QCoro::waitFor(std::move(running));
 
         QCOMPARE(setup.job()->title(), job.title);
+        QCOMPARE(setup.job()->heading(),
+            ending.isEmpty()                            ? job.done
+                : ending == QLatin1String("Cancelled.") ? QStringLiteral("Cancelled: ") + job.title
+                                                        : job.title + QStringLiteral(" failed"));
+        // A bar never goes back within one download, and reading sdkmanager's catalog moves no bar.
+        for (qsizetype i = 0; i < bars.size(); ++i) {
+            const auto &[value, text] = bars[i];
+            QVERIFY2(!value || !text.contains(QLatin1String("Computing updates")), qPrintable(text));
+            if (i > 0 && value && bars[i - 1].first && bars[i - 1].second == text)
+                QVERIFY2(*value >= *bars[i - 1].first, qPrintable(text));
+        }
+        // Homebrew's redrawn bar is one line of the log.
+        QVERIFY(setup.job()->lines().filter(QRegularExpression(QStringLiteral("^#+ "))).size() <= 1);
+        if (job.action == emulatorJob.action && ending.isEmpty())
+            QVERIFY(std::any_of(bars.begin(), bars.end(), [](const auto &bar) {
+                return bar.first && bar.second.startsWith(QLatin1String("Downloading emulator-"));
+            }));
         QCOMPARE(setup.job()->lines().first(),
             QStringLiteral("$ ")
                 + job.command.replace(QStringLiteral("<brew>"), AndroidTools::brewPath().value_or(""))
@@ -314,8 +342,12 @@ private Q_SLOTS:
         // licenseText: a pattern; "<none>" when absent
         columns<Preparation, QString, QString>("prepare", "licenseText", "message");
 
+        // Only the licences: not the catalog's progress, the questions or the count of refusals.
         QTest::newRow("refused one by one")
-            << tools << "License android-sdk-license:[\\s\\S]*Not all licenses were accepted\\.$"
+            << tools
+            << "^(?![\\s\\S]*(Computing|Review|Accept\\?|not accepted))License "
+               "android-sdk-license:\\n-{39}\\n"
+               "[\\s\\S]*\\n-{39}\\n\\nLicense android-sdk-preview-license:\\n[\\s\\S]*-{39}$"
             << "<none>";
         QTest::newRow("trimmed, whatever the exit status") << with(
             tools, QStringLiteral("sdkmanager.script"), "printf '\\n \\nLicense x:\\n  text \\n\\n'; exit 1")

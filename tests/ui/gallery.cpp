@@ -197,6 +197,12 @@ struct Shot
         } else if (word == QLatin1String("install-java")) {
             setup->installJava();
             waitUntil([&] { return setup->job()->lines().size() > 4; });
+        } else if (word == QLatin1String("java-done")) {
+            setup->installJava();
+            waitUntil([&] { return !setup->job()->isRunning(); });
+        } else if (word == QLatin1String("cancel-job")) {
+            setup->job()->job()->cancel();
+            waitUntil([&] { return !setup->job()->isRunning(); });
         } else if (word == QLatin1String("java-fails")) {
             setup->installJava();
             waitUntil([&] { return !setup->job()->isRunning() && setup->message().has_value(); });
@@ -234,6 +240,24 @@ struct Shot
         } else if (word == QLatin1String("install-image")) {
             QMetaObject::invokeMethod(find(QStringLiteral("Install it")), "clicked");
             waitUntil([&] { return store->imageJob()->progress().value_or(0) > 0.3; });
+        } else if (word == QLatin1String("image-done")) {
+            // Once the images have been read again after the install.
+            waitUntil([&] { return !store->imageJob()->isRunning() && !store->installingImage(); });
+        } else if (word == QLatin1String("fix-image")) {
+            // List rows are items, not children of the window's objects: the offered fix is looked up on
+            // screen.
+            const std::function<QQuickItem *(QQuickItem *)> offered = [&](QQuickItem *item) -> QQuickItem * {
+                if (item->objectName() == QLatin1String("hintFix") && item->isVisible())
+                    return item;
+                for (QQuickItem *child : item->childItems()) {
+                    if (QQuickItem *found = offered(child))
+                        return found;
+                }
+                return nullptr;
+            };
+            if (QQuickItem *fix = offered(main->contentItem()))
+                QMetaObject::invokeMethod(fix, "clicked");
+            waitUntil([&] { return store->fixOutcomes().contains(argument); });
         } else if (word == QLatin1String("create")) {
             QMetaObject::invokeMethod(
                 find(QStringLiteral("phonesView"))->property("sheet").value<QObject *>(), "create");
@@ -360,6 +384,13 @@ const char *const shots[][3] = {
     {"33-apps-recording", "phones", "start:Pixel_7_API_34|tab:2|record"},
     {"34-apps-phone-controls", "phones", "start:Pixel_7_API_34|tab:2|controls"},
     {"35-apps-pushing-a-file", "phones", "start:Pixel_7_API_34|tab:2|time-scale:1|push:Holiday Photos.zip"},
+    {"36-setup-job-finished", "brew", "java-done"},
+    {"37-setup-job-cancelled", "brew brew.hang", "install-java|cancel-job"},
+    {"38-new-phone-image-installed-now", "ready", "tab:1|new-phone|install-image|image-done"},
+    {"39-phones-image-installed-from-hint", "phones image-34-gone",
+        "tab:1|crash:Pixel_7_API_34|fix-image:Pixel_7_API_34"},
+    {"40-apps-hint-in-view", "phones signed-elsewhere",
+        "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk|install:com.example.notes.apk"},
 };
 
 } // namespace

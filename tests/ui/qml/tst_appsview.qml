@@ -9,6 +9,33 @@ TolvaneTestCase {
         id: appsComponent
         AppsView { anchors.fill: parent }
     }
+    Component {
+        id: contentComponent
+        ContentView { anchors.fill: parent }
+    }
+
+    // In the smallest window, what went wrong with an install and its fix show without scrolling.
+    function test_installHintInView() {
+        runningPhone("Pixel_Hint")
+        const content = createTemporaryObject(contentComponent, root)
+        findChild(content, "tabs").currentIndex = 2
+        tryVerify(() => findChild(content, "appsView") !== null && findChild(content, "appsView").visible, 5000)
+        const view = findChild(content, "appsView")
+        const app = sim.writeApk("com.example.hint.apk")
+        installer.install([app], view.serial)
+        tryVerify(() => !installer.busy && installer.latestOutput.endsWith("Success"), 20000)
+        sim.setBehaviour("known-failure", "update-incompatible")
+        installer.install([app], view.serial)
+        const hint = findChild(view, "outputHint")
+        const fix = findChild(hint, "hintFix")
+        tryVerify(() => fix.visible && !installer.busy, 20000)
+        waitForRendering(content)
+        compare(view.contentItem.contentY, 0)
+        for (const item of [findChild(hint, "hintWhat"), fix]) {
+            const corner = item.mapToItem(root, item.width, item.height)
+            verify(corner.y <= root.height && corner.x <= root.width, item.objectName + " ends at " + corner.y)
+        }
+    }
 
     function test_phoneStartedElsewhereIsATarget() {
         sim.makeReady()

@@ -87,14 +87,30 @@ TolvaneTestCase {
         compare(fix.visible ? fix.text : "", data.fix)
     }
 
-    // The phone's own system image is installed from its row, and the install's log shows there.
+    // The phone's own system image is installed from its row, and the install's log shows there. Until the
+    // images are read again the fix waits and says so; then the hint says what happened and offers the start.
     function test_installMissingImageFromTheRow() {
         const hint = failOn("phone", "system-image-missing")
-        mouseClick(findChild(hint, "hintFix"))
+        sim.clearBehaviour("emulator.script")
+        sim.setBehaviour("sdkmanager.script", "case \"$*\" in *--list*) sleep 1 ;; esac")
+        const fix = findChild(hint, "hintFix")
+        mouseClick(fix)
         tryVerify(() => store.imageJob.lines.length > 0, 20000)
         verify(store.imageJob.lines[0].endsWith(" system-images;android-34;google_apis;arm64-v8a"), store.imageJob.lines[0])
         verify(findChild(hint, "cancelJob") !== null)
         tryVerify(() => !store.imageJob.isRunning, 30000)
+        compare(findChild(hint, "hintStep").text, "Checking whether the system image is installed now...")
+        verify(findChild(hint, "hintStep").visible)
+        verify(!fix.enabled)
+        const outcome = findChild(hint, "hintOutcome")
+        tryVerify(() => outcome.visible, 20000)
+        compare(outcome.text, "System image installed. Start " + phone + " now.")
+        verify(findChild(hint, "jobHeading").text.startsWith("Installed Android 14"), findChild(hint, "jobHeading").text)
+        verify(!fix.visible)
+        verify(!findChild(hint, "hintStep").visible)
+        mouseClick(findChild(hint, "hintStart"))
+        tryCompare(store.runner(phone), "state", EmulatorProcess.Running, 30000)
+        verify(!hint.visible)
     }
 
     // A crashed emulator's locks: its row offers to remove them and start, and hides the offer once it runs.
@@ -110,7 +126,11 @@ TolvaneTestCase {
         sim.clearBehaviour("emulator.die")
         const fix = findChild(hint, "hintFix")
         compare(fix.text, "Remove lock and start")
+        // While it asks adb whether something else runs the phone, the fix waits and says so.
+        sim.setBehaviour("adb.script", "if [ \"$1\" = devices ]; then sleep 1; fi")
         mouseClick(fix)
+        compare(findChild(hint, "hintStep").text, "Checking that no emulator runs " + phone + "...")
+        verify(!fix.enabled)
         tryCompare(store.runner(phone), "state", EmulatorProcess.Running, 30000)
         verify(!hint.visible)
     }

@@ -12,6 +12,29 @@ TolvaneTestCase {
         LogsView { anchors.fill: parent }
     }
 
+    Component {
+        id: detailsComponent
+        DetailsBox { width: 400; summary: "Something failed."; open: true }
+    }
+
+    // The details take only the height of their text, up to the area's 120 points.
+    function test_detailsFitTheirText_data() {
+        return [
+            { tag: "one line", details: "The emulator exited before it finished starting.", full: false },
+            { tag: "no text", details: "", full: false },
+            { tag: "long", details: Array(40).fill("a line of the emulator's output").join("\n"), full: true },
+        ]
+    }
+
+    function test_detailsFitTheirText(data) {
+        const box = createTemporaryObject(detailsComponent, root, { details: data.details })
+        waitForRendering(box)
+        const area = findChild(box, "detailsScroller")
+        const text = findChild(box, "detailsText")
+        compare(area.height, data.full ? 120 : text.implicitHeight)
+        verify(area.contentItem.contentHeight >= area.height)
+    }
+
     function test_noPhones() {
         const view = createTemporaryObject(logsComponent, root, { store: sim.freshStore() })
         verify(findChild(view, "noPhones").visible)

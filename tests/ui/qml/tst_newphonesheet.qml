@@ -35,13 +35,20 @@ TolvaneTestCase {
         const picker = findChild(sheet, "versionPicker")
         verify(picker.currentText.indexOf(", installed") < 0)
 
+        // Reading the images again after the install takes a while: meanwhile the sheet says it is checking.
+        sim.setBehaviour("sdkmanager.script", "case \"$*\" in *--list*) sleep 1 ;; esac")
         mouseClick(findChild(sheet, "Install it"))
         tryVerify(() => store.imageJob.isRunning)
         verify(!findChild(sheet, "Install it").enabled)
         verify(!findChild(sheet, "Create").enabled)
+        tryVerify(() => !store.imageJob.isRunning, 30000)
+        verify(findChild(sheet, "imageChecking").visible)
+        verify(!findChild(sheet, "Install it").enabled)
         tryVerify(() => sheet.chosenImage.installed, 30000)
         tryVerify(() => picker.currentText.indexOf(", installed") > 0)
+        verify(!findChild(sheet, "imageChecking").visible)
         verify(findChild(sheet, "imageInstalled").visible)
+        compare(findChild(sheet, "imageInstalled").text, "System image installed. Create the phone now.")
         verify(findChild(sheet, "Create").enabled)
 
         mouseClick(findChild(sheet, "Create"))
@@ -120,16 +127,15 @@ TolvaneTestCase {
         const box = findChild(sheet, "createError")
         compare(findChild(box, "detailsSummary").text, "avdmanager could not create the phone.")
         verify(sheet.visible)
-        // With the details open in the smallest window, the sheet still fits and its buttons show.
-        // The box has only just appeared below the choices: scroll to it once it is laid out, then open it.
+        // The box has appeared below the choices, and the sheet scrolls it into view by itself.
         const toggle = findChild(box, "showDetails")
-        tryVerify(() => toggle.visible && toggle.width > 0 && toggle.height > 0, 5000, "the toggle is laid out")
         const flick = findChild(sheet, "sheetScroller").contentItem
-        flick.contentY = Math.max(0, flick.contentHeight - flick.height)
         tryVerify(() => {
-            const at = toggle.mapToItem(flick, 0, 0)
-            return at.y >= 0 && at.y + toggle.height <= flick.height
-        }, 5000, "the toggle is in view")
+            const top = box.mapToItem(flick, 0, 0)
+            const bottom = toggle.mapToItem(root, 0, toggle.height)
+            return toggle.height > 0 && top.y >= 0 && top.y + box.height <= flick.height && bottom.y <= root.height
+        }, 5000, "the failure is in view")
+        // With the details open in the smallest window, the sheet still fits and its buttons show.
         mouseClick(toggle)
         tryVerify(() => box.open, 5000, "the details opened")
         waitForRendering(root)
