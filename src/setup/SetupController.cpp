@@ -170,9 +170,8 @@ QCoro::Task<> SetupController::loadLicenseTextTask()
     setLicenseLoading(true);
     setMessage(std::nullopt);
 
-    // Yes to reviewing them, then no to each: sdkmanager prints every licence and accepts none.
-    const std::optional<QString> input
-        = QStringLiteral("y\n") + QStringLiteral("n\n").repeated(licenseAnswers);
+    // Refusing every question makes sdkmanager print each licence and accept none.
+    const std::optional<QString> input = QStringLiteral("n\n").repeated(licenseAnswers);
     const QString executable = *sdkManager;
     const QStringList arguments = licenseArguments();
     const QProcessEnvironment environment = AndroidTools::environment();
