@@ -1,11 +1,10 @@
 #include "DataTable.h"
 #include "FileTransfer.h"
-#include "SimHost.h"
+#include "RunningPhone.h"
 #include "TestFiles.h"
 
 #include <QFile>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <QCoro/QCoroTask>
@@ -16,23 +15,14 @@ class TestFileTransfer : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_machine;
-    std::unique_ptr<SimHost> m_sim;
-    QString m_serial;
+    std::unique_ptr<RunningPhone> m_phone;
 
-    QString phoneDir() const { return m_sim->stateDir() + QStringLiteral("/emulators/5554"); }
+    QString phoneDir() const { return m_phone->sim.stateDir() + QStringLiteral("/emulators/5554"); }
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_sim = std::make_unique<SimHost>(m_machine.path());
-        m_sim->activate();
-        m_sim->makeReady();
-        m_sim->createPhone(QStringLiteral("Pixel_7"));
-        m_serial = m_sim->startPhone(QStringLiteral("Pixel_7"));
-    }
+    void initTestCase() { m_phone = std::make_unique<RunningPhone>(QStringLiteral("Pixel_7")); }
 
-    void cleanup() { m_sim->clearBehaviour(QStringLiteral("known-failure")); }
+    void cleanup() { m_phone->sim.clearBehaviour(QStringLiteral("known-failure")); }
 
     void push_data()
     {
@@ -51,11 +41,11 @@ private Q_SLOTS:
     {
         const auto [file, failure, message] = row<QString, QString, QString>("file", "failure", "message");
         if (!failure.isEmpty())
-            m_sim->setBehaviour(QStringLiteral("known-failure"), failure.toUtf8());
-        const QString local = m_machine.filePath(file);
+            m_phone->sim.setBehaviour(QStringLiteral("known-failure"), failure.toUtf8());
+        const QString local = m_phone->machine.filePath(file);
         writeFile(local, "hello phone");
         FileTransfer transfer;
-        transfer.setSerial(m_serial);
+        transfer.setSerial(m_phone->serial);
         QList<int> percents;
         connect(&transfer, &FileTransfer::progressChanged, this, [&] {
             if (!transfer.currentFile().isEmpty())
@@ -87,11 +77,11 @@ private Q_SLOTS:
     void openLink()
     {
         auto [link, opened] = row<QString, QString>("link", "opened");
-        const QString pwned = m_machine.filePath(QStringLiteral("pwned"));
+        const QString pwned = m_phone->machine.filePath(QStringLiteral("pwned"));
         link.replace(QStringLiteral("PWNED"), pwned);
         opened.replace(QStringLiteral("PWNED"), pwned);
         FileTransfer transfer;
-        transfer.setSerial(m_serial);
+        transfer.setSerial(m_phone->serial);
         QCoro::waitFor(transfer.openLinkTask(link));
         QCOMPARE(transfer.message(), QStringLiteral("Opened %1 on the phone.").arg(opened));
         QFile args(phoneDir() + QStringLiteral("/am.args"));

@@ -1,9 +1,8 @@
 #include "DataTable.h"
 #include "PhoneControls.h"
-#include "SimHost.h"
+#include "RunningPhone.h"
 
 #include <QFile>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -12,29 +11,20 @@ class TestPhoneControls : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_machine;
-    std::unique_ptr<SimHost> m_sim;
-    QString m_serial;
+    std::unique_ptr<RunningPhone> m_phone;
 
     QStringList consoleLog() const
     {
-        QFile log(m_sim->stateDir() + QStringLiteral("/emulators/5554/console.log"));
+        QFile log(m_phone->sim.stateDir() + QStringLiteral("/emulators/5554/console.log"));
         if (!log.open(QIODevice::ReadOnly))
             return {};
         return QString::fromUtf8(log.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     }
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_sim = std::make_unique<SimHost>(m_machine.path());
-        m_sim->activate();
-        m_sim->makeReady();
-        m_sim->createPhone(QStringLiteral("Pixel_7"));
-        m_serial = m_sim->startPhone(QStringLiteral("Pixel_7"));
-    }
+    void initTestCase() { m_phone = std::make_unique<RunningPhone>(QStringLiteral("Pixel_7")); }
 
-    void cleanup() { m_sim->clearBehaviour(QStringLiteral("adb.console.fail")); }
+    void cleanup() { m_phone->sim.clearBehaviour(QStringLiteral("adb.console.fail")); }
 
     void controls_data()
     {
@@ -87,9 +77,9 @@ private Q_SLOTS:
             = row<QString, QString, QStringList, QString, QString>(
                 "control", "refusal", "sent", "setting", "message");
         if (!refusal.isEmpty())
-            m_sim->setBehaviour(QStringLiteral("adb.console.fail"), refusal.toUtf8());
+            m_phone->sim.setBehaviour(QStringLiteral("adb.console.fail"), refusal.toUtf8());
         PhoneControls controls;
-        controls.setSerial(m_serial);
+        controls.setSerial(m_phone->serial);
         const qsizetype before = consoleLog().size();
         const QVariantMap places = controls.places().at(4).toMap();
         if (control == "left" || control == "right")

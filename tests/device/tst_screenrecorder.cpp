@@ -1,11 +1,10 @@
 #include "DataTable.h"
+#include "RunningPhone.h"
 #include "SaveLocationChooser.h"
 #include "ScreenRecorder.h"
-#include "SimHost.h"
 
 #include <QFile>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -31,23 +30,17 @@ class TestScreenRecorder : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_machine;
-    std::unique_ptr<SimHost> m_sim;
-    QString m_serial;
+    std::unique_ptr<RunningPhone> m_phone;
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_sim = std::make_unique<SimHost>(m_machine.path());
-        m_sim->activate();
-        m_sim->makeReady();
-        m_sim->createPhone(QStringLiteral("Pixel_7"));
-        m_serial = m_sim->startPhone(QStringLiteral("Pixel_7"));
+        m_phone = std::make_unique<RunningPhone>(QStringLiteral("Pixel_7"));
         // screenrecord's three minutes last 1.8 s.
-        m_sim->setTimeScale(0.01);
+        m_phone->sim.setTimeScale(0.01);
     }
 
-    void cleanup() { m_sim->clearBehaviour(QStringLiteral("adb.screenrecord.fail")); }
+    void cleanup() { m_phone->sim.clearBehaviour(QStringLiteral("adb.screenrecord.fail")); }
 
     void record_data()
     {
@@ -69,12 +62,12 @@ private Q_SLOTS:
     {
         const auto [how, refusal, message] = row<QString, QString, QString>("how", "refusal", "message");
         if (!refusal.isEmpty())
-            m_sim->setBehaviour(QStringLiteral("adb.screenrecord.fail"), refusal.toUtf8());
-        const QString saved = m_machine.filePath(QStringLiteral("clip.mp4"));
+            m_phone->sim.setBehaviour(QStringLiteral("adb.screenrecord.fail"), refusal.toUtf8());
+        const QString saved = m_phone->machine.filePath(QStringLiteral("clip.mp4"));
         QFile::remove(saved);
         FixedChooser chooser(saved);
         ScreenRecorder recorder;
-        recorder.setSerial(m_serial);
+        recorder.setSerial(m_phone->serial);
         recorder.setChooser(&chooser);
         QSignalSpy finished(&recorder, &ScreenRecorder::finished);
         recorder.start();
@@ -91,7 +84,7 @@ private Q_SLOTS:
         QFile file(saved);
         QCOMPARE(file.open(QIODevice::ReadOnly) && file.readAll().endsWith("finished"), refusal.isEmpty());
         QVERIFY(!QFile::exists(
-            m_sim->stateDir() + QStringLiteral("/emulators/5554/storage/tolvane-recording.mp4")));
+            m_phone->sim.stateDir() + QStringLiteral("/emulators/5554/storage/tolvane-recording.mp4")));
     }
 };
 

@@ -1,10 +1,9 @@
 #include "DataTable.h"
 #include "PhoneShell.h"
+#include "RunningPhone.h"
 #include "SavedSnapshots.h"
-#include "SimHost.h"
 #include "Snapshots.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <QCoro/QCoroTask>
@@ -21,21 +20,12 @@ class TestSnapshots : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_machine;
-    std::unique_ptr<SimHost> m_sim;
-    QString m_serial;
+    std::unique_ptr<RunningPhone> m_phone;
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_sim = std::make_unique<SimHost>(m_machine.path());
-        m_sim->activate();
-        m_sim->makeReady();
-        m_sim->createPhone(phone);
-        m_serial = m_sim->startPhone(phone);
-    }
+    void initTestCase() { m_phone = std::make_unique<RunningPhone>(phone); }
 
-    void cleanup() { m_sim->clearBehaviour(QStringLiteral("known-failure")); }
+    void cleanup() { m_phone->sim.clearBehaviour(QStringLiteral("known-failure")); }
 
     // Each row runs one command after the ones before, on the same phone.
     void commands_data()
@@ -85,23 +75,23 @@ private Q_SLOTS:
             = row<QString, QString, QString, QString, QStringList>(
                 "command", "name", "failure", "message", "names");
         if (!failure.isEmpty())
-            m_sim->setBehaviour(QStringLiteral("known-failure"), failure.toUtf8());
+            m_phone->sim.setBehaviour(QStringLiteral("known-failure"), failure.toUtf8());
         Snapshots snapshots;
-        snapshots.setSerial(m_serial);
+        snapshots.setSerial(m_phone->serial);
         QCoro::waitFor(snapshots.refreshTask());
-        const qsizetype calls = m_sim->adbCalls().size();
+        const qsizetype calls = m_phone->sim.adbCalls().size();
         QCoro::waitFor(snapshots.commandTask(command, name));
         QVERIFY2(snapshots.message().startsWith(message), qPrintable(snapshots.message()));
         QCOMPARE(snapshots.failed(), message.startsWith("Could not") || message.startsWith("A snapshot"));
         QCOMPARE(snapshots.names(), names);
         // A name refused here never reaches the console.
         if (name.contains(QLatin1Char(' ')))
-            QCOMPARE(m_sim->adbCalls().size(), calls);
+            QCOMPARE(m_phone->sim.adbCalls().size(), calls);
 
         // The same snapshots, read from the phone's folder as a stopped phone shows them.
         SavedSnapshots saved;
         const QVariantList onDisk
-            = SavedSnapshots::measure(m_machine.path() + QStringLiteral("/.android/avd/Pixel_7.avd"));
+            = SavedSnapshots::measure(m_phone->machine.path() + QStringLiteral("/.android/avd/Pixel_7.avd"));
         QStringList found;
         for (const QVariant &each : onDisk) {
             found.append(each.toMap().value(QStringLiteral("name")).toString());
