@@ -43,7 +43,7 @@ The following Android Virtual Devices could not be loaded:
 
 const QList<AVDInfo> avdsExampleResult {
     {"Pixel_7_API_34", "/Users/me/.android/avd/Pixel_7_API_34.avd",
-        "Android 14.0 (\"UpsideDownCake\") Tag/ABI: google_apis_playstore/arm64-v8a", ""},
+        "Android 14.0 (\"UpsideDownCake\") Tag/ABI: google_apis_playstore/arm64-v8a", "", "pixel_7"},
     {"Old_Phone", "/Users/me/.android/avd/Old_Phone.avd", "", "Google pixel_3 no longer exists as a device"},
 };
 

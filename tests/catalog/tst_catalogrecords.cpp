@@ -33,6 +33,34 @@ private Q_SLOTS:
                                            << "Android (API 1234567) (API 1234567), Google APIs";
     }
 
+    // A phone in words: its model and the kind of its image, not avdmanager's tag.
+    void phoneSummary_data()
+    {
+        columns<QString, QString, QString>("device", "basedOn", "summary");
+
+        QTest::newRow("Google Play")
+            << "pixel_8_pro"
+            << "Android 14.0 (\"UpsideDownCake\") Tag/ABI: google_apis_playstore/arm64-v8a"
+            << "Pixel 8 Pro, Android 14.0, Google Play";
+        QTest::newRow("Google APIs") << "pixel_7"
+                                     << "Android 15.0 Tag/ABI: google_apis/arm64-v8a"
+                                     << "Pixel 7, Android 15.0, Google APIs";
+        QTest::newRow("another tag, no model") << ""
+                                               << "Android 13.0 (\"Tiramisu\") Tag/ABI: default/arm64-v8a"
+                                               << "Android 13.0, default";
+        QTest::newRow("other wording") << "pixel_7"
+                                       << "Android API 36"
+                                       << "Android API 36";
+    }
+
+    void phoneSummary()
+    {
+        auto [device, basedOn, summary] = row<QString, QString, QString>("device", "basedOn", "summary");
+        AVDInfo phone {"P", "/p", basedOn, ""};
+        phone.device = device;
+        QCOMPARE(phone.summary(), summary);
+    }
+
     void names()
     {
         auto [api, variant, label] = row<qint64, QString, QString>("api", "variant", "label");
