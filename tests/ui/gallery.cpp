@@ -210,6 +210,8 @@ struct Shot
         } else if (word == QLatin1String("new-phone")) {
             find(QStringLiteral("phonesView"))->setProperty("showNew", true);
             waitUntil([&] {
+                if (argument == QLatin1String("failed"))
+                    return store->property("catalogFailure").isValid();
                 return argument == QLatin1String("loading")
                     ? store->imagesLoading()
                     : !store->imagesLoading() && !store->devicesLoading() && !store->images().isEmpty();
@@ -239,6 +241,17 @@ struct Shot
             auto *flick = find(QStringLiteral("appsView"))->property("contentItem").value<QObject *>();
             flick->setProperty(
                 "contentY", flick->property("contentHeight").toReal() - flick->property("height").toReal());
+        } else if (word == QLatin1String("focus")) {
+            // As the Tab key brings it: a tab by its number, else a control by its name.
+            bool isTab = false;
+            const int tab = argument.toInt(&isTab);
+            QQuickItem *item = nullptr;
+            if (isTab)
+                QMetaObject::invokeMethod(find(QStringLiteral("tabs")), "itemAt",
+                    Q_RETURN_ARG(QQuickItem *, item), Q_ARG(int, tab));
+            else
+                item = qobject_cast<QQuickItem *>(find(argument));
+            item->forceActiveFocus(Qt::TabFocusReason);
         } else if (word == QLatin1String("pick")) {
             find(QStringLiteral("appsView"))->setProperty("selectedName", argument);
         } else if (word == QLatin1String("remove-lock")) {
@@ -340,6 +353,9 @@ const char *const shots[][3] = {
     {"33-apps-recording", "phones", "start:Pixel_7_API_34|tab:2|record"},
     {"34-apps-phone-controls", "phones", "start:Pixel_7_API_34|tab:2|controls"},
     {"35-apps-pushing-a-file", "phones", "start:Pixel_7_API_34|tab:2|time-scale:1|push:Holiday Photos.zip"},
+    {"40-new-phone-listing-failed", "ready sdkmanager.list.fail", "tab:1|new-phone:failed"},
+    {"41-focus-ring-tab", "ready", "tab:1|focus:2"},
+    {"42-focus-ring-switch", "ready", "tab:1|focus:coldBoot"},
 };
 
 } // namespace
