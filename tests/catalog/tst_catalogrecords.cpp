@@ -56,7 +56,7 @@ private Q_SLOTS:
     void phoneSummary()
     {
         auto [device, basedOn, summary] = row<QString, QString, QString>("device", "basedOn", "summary");
-        AVDInfo phone {"P", "/p", basedOn, ""};
+        AVDInfo phone {"P", "/p", basedOn, "", ""};
         phone.device = device;
         QCOMPARE(phone.summary(), summary);
     }
@@ -86,7 +86,7 @@ private Q_SLOTS:
         QCOMPARE(image.identity(), installed.identity());
         QCOMPARE((QSet<SystemImage> {image, installed, installed}).size(), 2);
 
-        const AVDInfo phone {"Pixel_7", "/avd/Pixel_7.avd", "Android 14.0", ""};
+        const AVDInfo phone {"Pixel_7", "/avd/Pixel_7.avd", "Android 14.0", "", ""};
         AVDInfo broken = phone;
         broken.error = QStringLiteral("Missing system image");
         QCOMPARE(phone.identity(), broken.identity());
@@ -99,7 +99,7 @@ private Q_SLOTS:
         const SystemImage image {
             "system-images;android-35;google_apis_playstore;arm64-v8a", 35, "google_apis_playstore", true};
         const DeviceDef device {"pixel_8", "Pixel 8", "Google"};
-        const AVDInfo phone {"P", "/p", "Android 15.0", "broken"};
+        const AVDInfo phone {"P", "/p", "Android 15.0", "broken", ""};
         const auto read = [](const QMetaObject &meta, const void *gadget, const char *name) {
             const int index = meta.indexOfProperty(name);
             return index < 0 ? QVariant() : meta.property(index).readOnGadget(gadget);

@@ -56,7 +56,7 @@ TolvaneTestCase {
         const record = () => { if (seen[seen.length - 1] !== label.text) seen.push(label.text) }
         label.textChanged.connect(record)
         // The row says what the phone is in words, and keeps its height while the phone starts.
-        compare(findChild(row, "basedOn").text, "Pixel 7, Android 14.0, Google APIs")
+        verify(/^Pixel 7, Android [0-9.]+, Google APIs$/.test(findChild(row, "basedOn").text))
         const heights = []
         const jump = () => heights.push(row.height)
         row.heightChanged.connect(jump)
