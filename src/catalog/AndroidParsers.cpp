@@ -175,6 +175,9 @@ QList<AVDInfo> parseAVDs(const QString &text)
             name = textAfter(line, u"Name:");
         } else if (line.startsWith(u"Path:")) {
             pending.path = textAfter(line, u"Path:");
+        } else if (line.startsWith(u"Device:")) {
+            // "pixel_7 (Google)": the id, then the maker.
+            pending.device = textAfter(line, u"Device:").section(QLatin1Char(' '), 0, 0);
         } else if (line.startsWith(u"Based on:")) {
             pending.basedOn = textAfter(line, u"Based on:");
         } else if (line.startsWith(u"Error:")) {

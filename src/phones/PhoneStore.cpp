@@ -283,10 +283,12 @@ QCoro::Task<> PhoneStore::loadDevicesTask()
         co_return;
     setDevicesLoading(false);
     if (!result.isClean()) {
-        setError(QStringLiteral("Could not list phone models. ") + result.failureSummary(),
-            failureDetails(result));
+        setCatalogFailure(m_deviceFailure,
+            Failure {QStringLiteral("Could not list phone models. ") + result.failureSummary(),
+                failureDetails(result)});
         co_return;
     }
+    setCatalogFailure(m_deviceFailure, std::nullopt);
 
     const QList<DeviceDef> parsed = AndroidParsers::parseDevices(result.text);
     QList<DeviceDef> pixels;
@@ -312,10 +314,12 @@ QCoro::Task<> PhoneStore::loadImagesTask()
         co_return;
     setImagesLoading(false);
     if (!result.isClean()) {
-        setError(QStringLiteral("Could not list Android versions. ") + result.failureSummary(),
-            failureDetails(result));
+        setCatalogFailure(m_imageFailure,
+            Failure {QStringLiteral("Could not list Android versions. ") + result.failureSummary(),
+                failureDetails(result)});
         co_return;
     }
+    setCatalogFailure(m_imageFailure, std::nullopt);
 
     setImages(AndroidParsers::parseImages(result.text));
     setRawImageListing(m_images.isEmpty() ? std::optional(result.text.trimmed()) : std::nullopt);
@@ -423,4 +427,24 @@ void PhoneStore::setError(std::optional<QString> summary, const QString &details
     Q_EMIT errorSummaryChanged();
     m_errorDetails = details;
     Q_EMIT errorDetailsChanged();
+}
+
+void PhoneStore::setCatalogFailure(std::optional<Failure> &kind, std::optional<Failure> failure)
+{
+    if (failure)
+        setError(failure->summary, failure->details);
+    kind = std::move(failure);
+    Q_EMIT catalogFailureChanged();
+}
+
+QVariant PhoneStore::catalogFailureVariant() const
+{
+    const std::optional<Failure> &failure = m_deviceFailure ? m_deviceFailure : m_imageFailure;
+    return failure ? QVariant(failure->summary) : QVariant();
+}
+
+QString PhoneStore::catalogFailureDetails() const
+{
+    const std::optional<Failure> &failure = m_deviceFailure ? m_deviceFailure : m_imageFailure;
+    return failure ? failure->details : QString();
 }

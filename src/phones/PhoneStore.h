@@ -38,6 +38,10 @@ class PhoneStore : public QObject
     Q_PROPERTY(QVariant rawImageListing READ rawImageListingVariant NOTIFY rawImageListingChanged)
     Q_PROPERTY(QVariant errorSummary READ errorSummaryVariant NOTIFY errorSummaryChanged)
     Q_PROPERTY(QString errorDetails READ errorDetails NOTIFY errorDetailsChanged)
+    // Why the phone models or the Android versions could not be listed, until a listing of the same
+    // kind succeeds: the summary (or undefined) and the tool's text.
+    Q_PROPERTY(QVariant catalogFailure READ catalogFailureVariant NOTIFY catalogFailureChanged)
+    Q_PROPERTY(QString catalogFailureDetails READ catalogFailureDetails NOTIFY catalogFailureChanged)
     Q_PROPERTY(JobRunner *imageJob READ imageJob CONSTANT)
     Q_PROPERTY(QList<EmulatorProcess *> allRunners READ allRunners NOTIFY runnersChanged)
     Q_PROPERTY(QList<EmulatorProcess *> runningRunners READ runningRunners NOTIFY runnersChanged)
@@ -86,6 +90,7 @@ public:
     std::optional<QString> rawImageListing() const { return m_rawImageListing; }
     std::optional<QString> errorSummary() const { return m_errorSummary; }
     QString errorDetails() const { return m_errorDetails; }
+    QString catalogFailureDetails() const;
     JobRunner *imageJob() const { return m_imageJob; }
 
     // The phone's emulator process, made on first use and kept until the phone is deleted.
@@ -156,6 +161,7 @@ Q_SIGNALS:
     void rawImageListingChanged();
     void errorSummaryChanged();
     void errorDetailsChanged();
+    void catalogFailureChanged();
     // A creation started by createPhone() ended; `failure` is the text that explains it, or undefined.
     void createFinished(const QString &name, const QVariant &failure);
     // A deletion ended, successfully or not, and the list has been read again.
@@ -177,6 +183,7 @@ private:
     QVariant rawDeviceListingVariant() const;
     QVariant rawImageListingVariant() const;
     QVariant errorSummaryVariant() const;
+    QVariant catalogFailureVariant() const;
 
     void setPhones(const QList<AVDInfo> &phones);
     void setDevices(const QList<DeviceDef> &devices);
@@ -188,6 +195,13 @@ private:
     void setRawDeviceListing(std::optional<QString> text);
     void setRawImageListing(std::optional<QString> text);
     void setError(std::optional<QString> summary, const QString &details);
+    struct Failure
+    {
+        QString summary;
+        QString details;
+    };
+    // Sets the store's error too when there is a failure.
+    void setCatalogFailure(std::optional<Failure> &kind, std::optional<Failure> failure);
     // What goes with the summary of a failed run: the launch error, else everything the tool printed.
     static QString failureDetails(const ProcessResult &result);
     void removeRunner(const QString &name);
@@ -216,6 +230,8 @@ private:
     std::optional<QString> m_rawImageListing;
     std::optional<QString> m_errorSummary;
     QString m_errorDetails;
+    std::optional<Failure> m_deviceFailure;
+    std::optional<Failure> m_imageFailure;
     JobRunner *m_imageJob;
     // Keyed by phone name, so the values come out in name order.
     QMap<QString, EmulatorProcess *> m_runners;

@@ -29,6 +29,11 @@ ScrollView {
     // then: a fix for that action's failure acts there, never on whichever phone is picked by now. Once
     // the phone stops, its serial can come back as another phone.
     property string actedOnName
+    // Refresh of the app's menu.
+    function refresh() {
+        if (serial !== "")
+            installer.refreshPackages(serial)
+    }
     function noteActedOn() {
         const runner = running.find(each => each.serial === installer.latestSerial)
         actedOnName = runner ? runner.name : ""
@@ -222,7 +227,7 @@ ScrollView {
             Button {
                 objectName: "Refresh"
                 text: "Refresh"
-                onClicked: view.installer.refreshPackages(view.serial)
+                onClicked: view.refresh()
             }
         }
         Label {
@@ -328,7 +333,12 @@ ScrollView {
                     textFormat: TextEdit.PlainText
                     readOnly: true
                     selectByMouse: true
-                    wrapMode: TextEdit.WrapAnywhere
+                    // The keyboard reaches the text too, to select and copy it.
+                    activeFocusOnTab: true
+                    selectByKeyboard: true
+                    FocusRing { shown: parent.activeFocus; outset: -1 }
+                    // At word boundaries where it can: a path or a package name breaks only where it must.
+                    wrapMode: TextEdit.Wrap
                     font: Style.mono
                     color: view.installer.output.length > 0 ? Style.terminalText : Style.terminalPlaceholder
                     selectionColor: Style.accent

@@ -14,6 +14,8 @@ Dialog {
     y: parent ? Math.round((parent.height - height) / 2) : 0
     width: Math.min(420, parent ? parent.width - 40 : 420)
     modal: true
+    Overlay.modal: DimmedWindow {}
+    background: PanelBackground {}
 
     Label {
         text: dialog.message

@@ -12,6 +12,25 @@ ColumnLayout {
     property bool holdTabs: false
     signal logsRequested
 
+    // Opens the new-phone sheet on the Phones tab, where the setup allows it.
+    function newPhone() {
+        if (!setup.isAppleSilicon)
+            return
+        tabs.currentIndex = 1
+        if (phonesTab.item)
+            phonesTab.item.newPhone()
+        else
+            phonesTab.newPhoneAsked = true
+    }
+    // Reads again what the shown tab shows: the Setup tab's checks, the phones, the apps.
+    function refresh() {
+        const view = [null, phonesTab, appsTab][tabs.currentIndex]
+        if (view && view.item && setup.isAppleSilicon)
+            view.item.refresh()
+        else
+            setup.refresh()
+    }
+
     spacing: 8
 
     RowLayout {
@@ -46,11 +65,12 @@ ColumnLayout {
     TabBar {
         id: tabs
         objectName: "tabs"
+        background: Rectangle { radius: 6; color: Style.card }
         visible: content.setup.isAppleSilicon
         Layout.fillWidth: true
-        TabButton { text: "Setup" }
-        TabButton { text: "Phones" }
-        TabButton { text: "Apps" }
+        Tab { text: "Setup" }
+        Tab { text: "Phones" }
+        Tab { text: "Apps" }
     }
     StackLayout {
         visible: content.setup.isAppleSilicon
@@ -61,8 +81,19 @@ ColumnLayout {
         // it shows; once made, a tab keeps its state while another is shown. The views are named by file,
         // not by type, so not even their code is loaded before they are needed.
         TabContent { tab: 0; view: "SetupView.qml"; name: "setupView" }
-        TabContent { tab: 1; view: "PhonesView.qml"; name: "phonesView" }
-        TabContent { tab: 2; view: "AppsView.qml"; name: "appsView" }
+        TabContent {
+            id: phonesTab
+            property bool newPhoneAsked: false
+            tab: 1
+            view: "PhonesView.qml"
+            name: "phonesView"
+            onLoaded: {
+                if (newPhoneAsked)
+                    item.newPhone()
+                newPhoneAsked = false
+            }
+        }
+        TabContent { id: appsTab; tab: 2; view: "AppsView.qml"; name: "appsView" }
     }
 
     component TabContent: Loader {

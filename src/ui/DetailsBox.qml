@@ -53,6 +53,10 @@ Rectangle {
                 textFormat: TextEdit.PlainText
                 readOnly: true
                 selectByMouse: true
+                // The keyboard reaches the text too, to select and copy it.
+                activeFocusOnTab: true
+                selectByKeyboard: true
+                FocusRing { shown: parent.activeFocus; outset: -1 }
                 wrapMode: TextEdit.Wrap
                 font: Style.monoCaption
                 color: Style.text

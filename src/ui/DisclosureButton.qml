@@ -12,6 +12,8 @@ AbstractButton {
     Accessible.checkable: true
     Accessible.checked: checked
 
+    FocusRing {}
+
     contentItem: Row {
         spacing: 5
         Shape {

@@ -125,6 +125,8 @@ Rectangle {
     Accessible.selectableText: true
     Accessible.focusable: true
 
+    FocusRing { shown: box.activeFocus; outset: 2 }
+
     Keys.onPressed: event => {
         if (event.matches(StandardKey.Copy))
             box.copy()

@@ -82,6 +82,7 @@ ColumnLayout {
             text: "Regular expression"
             checked: body.log !== null && body.log.regularExpression
             onToggled: body.log.regularExpression = checked
+            FocusRing {}
         }
     }
     RowLayout {

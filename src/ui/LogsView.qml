@@ -73,12 +73,13 @@ ColumnLayout {
     TabBar {
         id: logTabs
         objectName: "logTabs"
+        background: Rectangle { radius: 6; color: Style.card }
         visible: view.shown !== null
-        TabButton {
+        Tab {
             text: "Emulator output"
             width: implicitWidth
         }
-        TabButton {
+        Tab {
             objectName: "logcatTab"
             text: "Logcat"
             width: implicitWidth

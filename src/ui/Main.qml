@@ -28,13 +28,65 @@ AppWindow {
         logsWindow.showLogcat(serial, app)
     }
 
+    // The app's commands. Ctrl in a shortcut is the Command key on the Mac.
+    readonly property var keys: ({
+        newPhone: "Ctrl+N",
+        refresh: "Ctrl+R",
+        closeWindow: "Ctrl+W",
+        minimize: "Ctrl+M",
+        quit: "Ctrl+Q"
+    })
+    function newPhone() {
+        window.show()
+        window.raise()
+        content.newPhone()
+    }
+    function refresh() {
+        content.refresh()
+    }
+    // The window in front: the logs window when it is the active one.
+    function frontWindow() {
+        return logsWindow && logsWindow.active ? logsWindow : window
+    }
+    function closeWindow() {
+        frontWindow().close()
+    }
+    function minimize() {
+        frontWindow().showMinimized()
+    }
+    property Dialog aboutBox: null
+    function showAbout() {
+        if (!aboutBox)
+            aboutBox = Qt.createComponent("AboutBox.qml").createObject(window)
+        aboutBox.open()
+    }
+    function quit() {
+        Qt.quit()
+    }
+    // Drawn by the platform where it can; elsewhere the shortcuts below carry the commands.
+    property QtObject platformMenuBar: null
+    component Command: Shortcut {
+        context: Qt.ApplicationShortcut
+        enabled: !TolvaneApp.nativeMenuBar
+    }
+    Command { sequence: window.keys.newPhone; onActivated: window.newPhone() }
+    Command { sequence: window.keys.refresh; onActivated: window.refresh() }
+    Command { sequence: window.keys.closeWindow; onActivated: window.closeWindow() }
+    Command { sequence: window.keys.minimize; onActivated: window.minimize() }
+    Command { sequence: window.keys.quit; onActivated: window.quit() }
+
     onVisibleChanged: {
         if (visible)
             TolvaneApp.setup.refresh()
     }
-    Component.onCompleted: TolvaneApp.setup.refresh()
+    Component.onCompleted: {
+        TolvaneApp.setup.refresh()
+        if (TolvaneApp.nativeMenuBar)
+            platformMenuBar = Qt.createComponent("AppMenuBar.qml").createObject(null, { commands: window })
+    }
 
     ContentView {
+        id: content
         anchors.fill: parent
         holdTabs: !TolvaneApp.mainWindowDrawn
         anchors.margins: 16

@@ -43,6 +43,9 @@ Dialog {
     }
     Timer { id: revealEnd; interval: 500; onTriggered: sheet.revealing = null }
 
+    // The image job's log belongs to the opening that saw it run: a new opening shows no earlier install.
+    property bool jobOfThisOpening: false
+
     function isPlay(image) {
         return image.variant === "google_apis_playstore"
     }
@@ -101,6 +104,11 @@ Dialog {
         fixAPI()
         TolvaneApp.loadCatalog(store)
     }
+    // Reads the models and the Android versions again.
+    function refresh() {
+        store.loadDevices()
+        store.loadImages()
+    }
     function create() {
         const device = chosenDevice
         const image = chosenImage
@@ -115,6 +123,13 @@ Dialog {
 
     // Runs once the choices follow the switch: the switch's own change comes before them.
     onApiChoicesChanged: fixAPI()
+    Connections {
+        target: sheet.store.imageJob
+        function onIsRunningChanged() {
+            if (sheet.store.imageJob.isRunning)
+                sheet.jobOfThisOpening = true
+        }
+    }
     Connections {
         target: sheet.store
         function onDevicesChanged() { sheet.pickFirstDevice() }
@@ -131,16 +146,20 @@ Dialog {
     }
 
     parent: Overlay.overlay
-    // Centred, and never taller than the window: the choices scroll, the buttons stay in view.
+    // Hangs from the top of the window, centred across it, and grows downwards, never taller than the
+    // window: the choices scroll, the buttons stay in view.
     x: parent ? Math.round((parent.width - width) / 2) : 0
-    y: parent ? Math.max(0, Math.round((parent.height - height) / 2)) : 0
+    y: 0
     width: 560
     height: parent ? Math.min(implicitHeight, parent.height - 24) : implicitHeight
     modal: true
+    Overlay.modal: DimmedWindow {}
+    background: PanelBackground {}
     closePolicy: Popup.CloseOnEscape
     padding: 20
     bottomPadding: 12
     Component.onCompleted: {
+        jobOfThisOpening = store.imageJob.isRunning
         open()
         load()
     }
@@ -164,132 +183,129 @@ Dialog {
                 font: Style.title3
             }
 
-            // The name, with its rule shown as soon as it is broken.
-            RowLayout {
-                objectName: "nameRow"
-                Layout.fillWidth: true
+            // The choices as a form: the labels right-aligned in one column, their fields in the next.
+            ColumnLayout {
+                id: form
+                objectName: "form"
                 spacing: 8
-                Label {
-                    id: nameLabel
-                    text: "Name"
-                }
-                TextField {
-                    objectName: "nameField"
-                    placeholderText: "Name (letters, digits, . _ -)"
-                    text: sheet.name
-                    onTextEdited: sheet.name = text
-                    onAccepted: {
-                        if (sheet.canCreate)
-                            sheet.create()
+                Layout.fillWidth: true
+
+                RowLayout {
+                    spacing: 8
+                    FormLabel { id: nameLabel; text: "Name" }
+                    TextField {
+                        objectName: "nameField"
+                        placeholderText: "Name (letters, digits, . _ -)"
+                        text: sheet.name
+                        onTextEdited: sheet.name = text
+                        onAccepted: {
+                            if (sheet.canCreate)
+                                sheet.create()
+                        }
+                        Layout.fillWidth: true
+                        Accessible.name: "Name"
+                        Accessible.description: nameProblem.visible ? nameProblem.text : placeholderText
                     }
-                    Layout.fillWidth: true
-                    Accessible.name: "Name"
-                    Accessible.description: nameProblem.visible ? nameProblem.text : placeholderText
-                }
-            }
-            Label {
-                id: nameProblem
-                objectName: "nameProblem"
-                visible: !sheet.nameValid
-                text: sheet.name.length === 0 ? "Give the phone a name: letters, digits, . _ - only."
-                                              : "A name may only hold letters, digits, . _ and -, without spaces."
-                font: Style.caption
-                color: Style.red
-                wrapMode: Text.Wrap
-                Layout.fillWidth: true
-                Layout.leftMargin: nameLabel.width + 8
-                Layout.topMargin: -6
-            }
-
-            // The phone model.
-            RowLayout {
-                visible: sheet.store.devicesLoading
-                spacing: 6
-                Spinner { objectName: "devicesLoading"; label: "Reading phone models" }
-                Label { text: "Reading phone models..." }
-            }
-            RowLayout {
-                Layout.fillWidth: true
-                Label { text: "Model" }
-                ComboBox {
-                    objectName: "modelPicker"
-                    model: sheet.store.devices
-                    textRole: "name"
-                    valueRole: "id"
-                    currentIndex: sheet.store.devices.findIndex(device => device.id === sheet.deviceId)
-                    onActivated: index => sheet.deviceId = sheet.store.devices[index].id
-                    Layout.fillWidth: true
-                    Accessible.name: "Model"
-                }
-            }
-            ColumnLayout {
-                visible: sheet.store.rawDeviceListing !== undefined
-                Layout.fillWidth: true
-                Label {
-                    text: "Could not read the model list. Raw avdmanager text:"
-                    color: Style.orange
                 }
                 Label {
-                    text: sheet.store.rawDeviceListing !== undefined ? sheet.store.rawDeviceListing : ""
-                    textFormat: Text.PlainText
-                    font: Style.monoCaption
-                    maximumLineCount: 6
-                    elide: Text.ElideRight
-                    Layout.fillWidth: true
-                }
-            }
-
-            // The Android version.
-            Switch {
-                objectName: "playSwitch"
-                text: "Google Play"
-                checked: sheet.playStore
-                onToggled: sheet.playStore = checked
-            }
-            Label {
-                text: "Only Google Play images include the Play Store app. Plain Google APIs images do not."
-                font: Style.caption
-                color: Style.secondary
-                wrapMode: Text.Wrap
-                Layout.fillWidth: true
-            }
-            RowLayout {
-                visible: sheet.store.imagesLoading
-                spacing: 6
-                Layout.fillWidth: true
-                Spinner { objectName: "imagesLoading"; label: "Reading Android versions" }
-                Label {
-                    text: "Reading Android versions from sdkmanager (needs internet)..."
+                    id: nameProblem
+                    objectName: "nameProblem"
+                    visible: !sheet.nameValid
+                    text: sheet.name.length === 0 ? "Give the phone a name: letters, digits, . _ - only."
+                                                  : "A name may only hold letters, digits, . _ and -, without spaces."
+                    font: Style.caption
+                    color: Style.red
                     wrapMode: Text.Wrap
+                    Layout.leftMargin: sheet.fieldIndent
                     Layout.fillWidth: true
+                    Layout.topMargin: -4
+                }
+
+                // The phone model.
+                RowLayout {
+                    visible: sheet.store.devicesLoading
+                    spacing: 6
+                    Layout.leftMargin: sheet.fieldIndent
+                    Spinner { objectName: "devicesLoading"; label: "Reading phone models" }
+                    Label { text: "Reading phone models..." }
+                }
+                RowLayout {
+                    spacing: 8
+                    FormLabel { id: modelLabel; text: "Model" }
+                    ComboBox {
+                        objectName: "modelPicker"
+                        model: sheet.store.devices
+                        textRole: "name"
+                        valueRole: "id"
+                        currentIndex: sheet.store.devices.findIndex(device => device.id === sheet.deviceId)
+                        onActivated: index => sheet.deviceId = sheet.store.devices[index].id
+                        Layout.fillWidth: true
+                        Accessible.name: "Model"
+                    }
+                }
+                RawListing {
+                    visible: sheet.store.rawDeviceListing !== undefined
+                    heading: "Could not read the model list. Raw avdmanager text:"
+                    text: visible ? sheet.store.rawDeviceListing : ""
+                }
+
+                // The Android version.
+                ToggleSwitch {
+                    objectName: "playSwitch"
+                    text: "Google Play"
+                    checked: sheet.playStore
+                    onToggled: sheet.playStore = checked
+                    Layout.leftMargin: sheet.fieldIndent
+                }
+                Label {
+                    text: "Only Google Play images include the Play Store app. Plain Google APIs images do not."
+                    font: Style.caption
+                    color: Style.secondary
+                    wrapMode: Text.Wrap
+                    Layout.leftMargin: sheet.fieldIndent
+                    Layout.fillWidth: true
+                    Layout.topMargin: -4
+                }
+                RowLayout {
+                    visible: sheet.store.imagesLoading
+                    spacing: 6
+                    Layout.leftMargin: sheet.fieldIndent
+                    Layout.fillWidth: true
+                    Spinner { objectName: "imagesLoading"; label: "Reading Android versions" }
+                    Label {
+                        text: "Reading Android versions from sdkmanager (needs internet)..."
+                        wrapMode: Text.Wrap
+                        Layout.fillWidth: true
+                    }
+                }
+                RowLayout {
+                    spacing: 8
+                    FormLabel { id: versionLabel; text: "Android version" }
+                    ComboBox {
+                        objectName: "versionPicker"
+                        model: sheet.apiChoices.map(level => sheet.label(level))
+                        currentIndex: sheet.apiChoices.indexOf(sheet.api)
+                        onActivated: index => sheet.api = sheet.apiChoices[index]
+                        Layout.fillWidth: true
+                        Accessible.name: "Android version"
+                    }
+                }
+                RawListing {
+                    visible: sheet.store.rawImageListing !== undefined
+                    heading: "No arm64 images were recognised. Raw sdkmanager text:"
+                    text: visible ? sheet.store.rawImageListing : ""
                 }
             }
-            RowLayout {
+
+            // Why the models or the versions could not be read.
+            Loader {
+                active: sheet.store.catalogFailure !== undefined
+                visible: active
                 Layout.fillWidth: true
-                Label { text: "Android version" }
-                ComboBox {
-                    objectName: "versionPicker"
-                    model: sheet.apiChoices.map(level => sheet.label(level))
-                    currentIndex: sheet.apiChoices.indexOf(sheet.api)
-                    onActivated: index => sheet.api = sheet.apiChoices[index]
-                    Layout.fillWidth: true
-                    Accessible.name: "Android version"
-                }
-            }
-            ColumnLayout {
-                visible: sheet.store.rawImageListing !== undefined
-                Layout.fillWidth: true
-                Label {
-                    text: "No arm64 images were recognised. Raw sdkmanager text:"
-                    color: Style.orange
-                }
-                Label {
-                    text: sheet.store.rawImageListing !== undefined ? sheet.store.rawImageListing : ""
-                    textFormat: Text.PlainText
-                    font: Style.monoCaption
-                    maximumLineCount: 6
-                    elide: Text.ElideRight
-                    Layout.fillWidth: true
+                sourceComponent: DetailsBox {
+                    objectName: "catalogFailure"
+                    summary: sheet.store.catalogFailure !== undefined ? sheet.store.catalogFailure : ""
+                    details: sheet.store.catalogFailureDetails
                 }
             }
 
@@ -328,13 +344,15 @@ Dialog {
             }
             ImageDiskBox { store: sheet.store; Layout.fillWidth: true }
             JobLogView {
+                objectName: "imageJobLog"
+                visible: sheet.jobOfThisOpening && job.lineModel.count > 0
                 job: sheet.store.imageJob
                 Layout.fillWidth: true
             }
             FailureHint {
                 id: imageHint
                 objectName: "imageHint"
-                text: imageHint.failedJobText(sheet.store.imageJob)
+                text: sheet.jobOfThisOpening ? imageHint.failedJobText(sheet.store.imageJob) : ""
                 Layout.fillWidth: true
                 onVisibleChanged: {
                     if (visible)
@@ -362,6 +380,35 @@ Dialog {
         }
     }
 
+    // The form's labels share the width of the widest.
+    readonly property real fieldIndent: Math.ceil(Math.max(nameLabel.implicitWidth, modelLabel.implicitWidth,
+                                                           versionLabel.implicitWidth)) + 8
+    component FormLabel: Label {
+        horizontalAlignment: Text.AlignRight
+        Layout.preferredWidth: sheet.fieldIndent - 8
+    }
+    // A listing the store could not read, as it came, under the field it was meant for.
+    component RawListing: ColumnLayout {
+        property string heading
+        property string text
+        Layout.leftMargin: sheet.fieldIndent
+        Layout.fillWidth: true
+        Label {
+            text: parent.heading
+            color: Style.orange
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        Label {
+            text: parent.text
+            textFormat: Text.PlainText
+            font: Style.monoCaption
+            maximumLineCount: 6
+            elide: Text.ElideRight
+            Layout.fillWidth: true
+        }
+    }
+
     footer: Pane {
         objectName: "sheetButtons"
         leftPadding: 20
@@ -372,6 +419,13 @@ Dialog {
         RowLayout {
             anchors.fill: parent
             spacing: 8
+            Button {
+                objectName: "refreshCatalog"
+                text: "Refresh"
+                visible: !sheet.creating
+                enabled: !sheet.store.devicesLoading && !sheet.store.imagesLoading
+                onClicked: sheet.refresh()
+            }
             Spinner {
                 objectName: "creatingIndicator"
                 visible: sheet.creating
@@ -397,6 +451,7 @@ Dialog {
                 objectName: "Create"
                 text: "Create"
                 highlighted: true
+                FocusRing {}
                 enabled: sheet.canCreate
                 onClicked: sheet.create()
             }

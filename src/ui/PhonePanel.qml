@@ -85,6 +85,7 @@ ColumnLayout {
                 text: "Charger connected"
                 checked: true
                 onToggled: panel.controls.setCharger(checked)
+                FocusRing {}
             }
         }
         Label {

@@ -62,8 +62,8 @@ ColumnLayout {
             }
             Label {
                 objectName: "basedOn"
-                visible: row.phone.basedOn.length > 0
-                text: row.phone.basedOn
+                visible: text.length > 0
+                text: row.phone.summary
                 textFormat: Text.PlainText
                 font: Style.caption
                 color: Style.secondary
@@ -83,14 +83,6 @@ ColumnLayout {
                 Layout.fillWidth: true
             }
             Label {
-                objectName: "bootTime"
-                visible: (row.state === EmulatorProcess.Starting || row.state === EmulatorProcess.Booting)
-                         && row.runner.secondsSoFar !== undefined
-                text: visible ? row.status + " for " + row.runner.secondsSoFar + " s" : ""
-                font: Style.caption
-                color: Style.secondary
-            }
-            Label {
                 objectName: "diskSize"
                 visible: row.store.diskUse.phoneSizes[row.phone.name] !== undefined
                 text: visible ? "Takes " + row.store.diskUse.formatBytes(row.store.diskUse.phoneSizes[row.phone.name]) + " on disk" : ""
@@ -107,26 +99,41 @@ ColumnLayout {
                 Layout.fillWidth: true
             }
         }
-        // The status, in a fixed width so that the texts beside it do not move as it changes.
-        RowLayout {
-            objectName: "status"
-            spacing: 4
-            Layout.preferredWidth: 92
+        // The status, in a fixed width so that the texts beside it do not move as it changes, and with the
+        // time a start has taken under it, beside the phone's texts, so the row keeps its height.
+        ColumnLayout {
+            spacing: 2
+            Layout.preferredWidth: 110
             Layout.alignment: Qt.AlignTop
             Layout.topMargin: 3
-            Item { Layout.fillWidth: true }
-            Spinner {
-                objectName: "statusBusy"
-                visible: row.busy || row.stoppingElsewhere
-                label: row.phone.name + ": " + row.status
+            RowLayout {
+                objectName: "status"
+                spacing: 4
+                Layout.fillWidth: true
+                Layout.preferredHeight: 16
+                Item { Layout.fillWidth: true }
+                Spinner {
+                    objectName: "statusBusy"
+                    visible: row.busy || row.stoppingElsewhere
+                    label: row.phone.name + ": " + row.status
+                }
+                Label {
+                    objectName: "statusLabel"
+                    text: row.status
+                    color: (row.state === EmulatorProcess.Running && !row.deleting) || (row.elsewhere && !row.stoppingElsewhere)
+                           ? Style.green : Style.secondary
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: row.phone.name + ": " + text
+                }
             }
             Label {
-                objectName: "statusLabel"
-                text: row.status
-                color: (row.state === EmulatorProcess.Running && !row.deleting) || (row.elsewhere && !row.stoppingElsewhere)
-                       ? Style.green : Style.secondary
-                Accessible.role: Accessible.StaticText
-                Accessible.name: row.phone.name + ": " + text
+                objectName: "bootTime"
+                visible: (row.state === EmulatorProcess.Starting || row.state === EmulatorProcess.Booting)
+                         && row.runner.secondsSoFar !== undefined
+                text: visible ? "for " + row.runner.secondsSoFar + " s" : ""
+                font: Style.caption
+                color: Style.secondary
+                Layout.alignment: Qt.AlignRight
             }
         }
         // What can be done with the phone now.

@@ -18,6 +18,18 @@ Item {
     // Names of the phones whose deletion is under way.
     property var deleting: []
 
+    // New Phone and Refresh of the app's menu.
+    function newPhone() {
+        if (newPhoneButton.enabled)
+            showNew = true
+    }
+    function refresh() {
+        if (sheet)
+            sheet.refresh()
+        else
+            store.refresh()
+    }
+
     function options(wipeData) {
         return TolvaneApp.startOptions(coldBoot, noSnapshot, wipeData, scale, gpu)
     }
@@ -45,7 +57,8 @@ Item {
         }
         for (let i = 0; i < phones.length; ++i) {
             const phone = phones[i]
-            const fields = { name: phone.name, path: phone.path, basedOn: phone.basedOn, error: phone.error }
+            const fields = { name: phone.name, path: phone.path, basedOn: phone.basedOn, summary: phone.summary,
+                             error: phone.error }
             let at = -1
             for (let j = i; j < rows.count; ++j) {
                 if (rows.get(j).name === phone.name) {
@@ -111,6 +124,7 @@ Item {
             Layout.fillWidth: true
             spacing: 8
             Button {
+                id: newPhoneButton
                 objectName: "New phone..."
                 text: "New phone..."
                 enabled: view.setup.cmdlineReady && view.setup.javaReady && view.setup.licensesAccepted
@@ -149,13 +163,13 @@ Item {
             RowLayout {
                 anchors.fill: parent
                 spacing: 8
-                Switch {
+                ToggleSwitch {
                     objectName: "coldBoot"
                     text: "Cold boot"
                     checked: view.coldBoot
                     onToggled: view.coldBoot = checked
                 }
-                Switch {
+                ToggleSwitch {
                     objectName: "noSnapshot"
                     text: "No snapshot"
                     checked: view.noSnapshot
@@ -235,6 +249,10 @@ Item {
                     textFormat: TextEdit.PlainText
                     readOnly: true
                     selectByMouse: true
+                    // The keyboard reaches the text too, to select and copy it.
+                    activeFocusOnTab: true
+                    selectByKeyboard: true
+                    FocusRing { shown: parent.activeFocus; outset: -1 }
                     font: Style.monoCaption
                     color: Style.text
                     selectionColor: Style.accent
@@ -272,9 +290,10 @@ Item {
                 required property string name
                 required property string path
                 required property string basedOn
+                required property string summary
                 required property string error
                 width: ListView.view.width
-                phone: ({ name: name, path: path, basedOn: basedOn, error: error })
+                phone: ({ name: name, path: path, basedOn: basedOn, summary: summary, error: error })
                 store: view.store
                 options: view.options(false)
                 deleting: view.deleting.includes(name)

@@ -26,6 +26,15 @@ QtObject {
     readonly property color red: dark ? "#ff6961" : "#d70015"
     readonly property color accent: dark ? "#0a84ff" : "#0a64d8"
     readonly property color purple: dark ? "#da8fff" : "#8e3fc0"
+    // Sheets and alerts: the window dimmed behind them, and their own panel with an edge that shows.
+    readonly property color dim: dark ? Qt.rgba(0, 0, 0, 0.5) : Qt.rgba(0, 0, 0, 0.2)
+    readonly property color panel: palette.window
+    readonly property color panelEdge: dark ? Qt.rgba(1, 1, 1, 0.25) : Qt.rgba(0, 0, 0, 0.22)
+    // A switch's track when off, and the selected tab.
+    readonly property color switchOff: dark ? "#5b5b60" : "#d9d9de"
+    readonly property color selectedTab: dark ? "#636366" : "#ffffff"
+    // Around the control the keyboard acts on.
+    readonly property color focusRing: dark ? Qt.rgba(0.04, 0.52, 1, 0.7) : Qt.rgba(0.04, 0.39, 0.85, 0.55)
     readonly property color separator: dark ? Qt.rgba(1, 1, 1, 0.12) : Qt.rgba(0, 0, 0, 0.1)
 
     // Backgrounds: panels, failure boxes, notices, and the wells that hold logs and long texts.

@@ -65,6 +65,15 @@ QString TolvaneApp::version() const
     return QStringLiteral(TOLVANE_VERSION);
 }
 
+bool TolvaneApp::nativeMenuBar()
+{
+#ifdef Q_OS_MACOS
+    return true;
+#else
+    return false;
+#endif
+}
+
 bool TolvaneApp::emulatorInstalled() const
 {
     return AndroidTools::emulatorPath().has_value();
@@ -103,7 +112,7 @@ QCoro::Task<> TolvaneApp::loadCatalogTask(QPointer<PhoneStore> store)
         auto devices = store->loadDevicesTask();
         co_await std::move(devices);
     }
-    if (!store)
+    if (!store || !store->images().isEmpty())
         co_return;
     auto images = store->loadImagesTask();
     co_await std::move(images);
@@ -112,6 +121,8 @@ QCoro::Task<> TolvaneApp::loadCatalogTask(QPointer<PhoneStore> store)
 bool TolvaneApp::showMainWindow(QQmlEngine &engine)
 {
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    // Quit in the app's menu, or its shortcut, ends the app.
+    connect(&engine, &QQmlEngine::quit, qGuiApp, &QCoreApplication::quit);
     QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/qt/qml/Tolvane/Main.qml")));
     QObject *window = component.create();
     if (!window) {

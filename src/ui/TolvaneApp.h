@@ -27,6 +27,8 @@ class TolvaneApp : public QObject
     Q_PROPERTY(Logcats *logcats READ logcats CONSTANT)
     Q_PROPERTY(bool mainWindowDrawn READ mainWindowDrawn NOTIFY mainWindowDrawnChanged)
     Q_PROPERTY(QString version READ version CONSTANT)
+    // True where the platform draws the app's menu bar and its items carry their own shortcuts.
+    Q_PROPERTY(bool nativeMenuBar READ nativeMenuBar CONSTANT)
 
 public:
     // Ignores SIGPIPE before any model object exists: a tool that exits without reading its input must
@@ -43,6 +45,7 @@ public:
     DialogSaveLocationChooser *saveChooser() const { return m_saveChooser; }
     // The version project(VERSION) sets, for the views that show it.
     QString version() const;
+    static bool nativeMenuBar();
     Logcats *logcats() const { return m_logcats; }
 
     // Asked each time a phone row is drawn: the emulator program can vanish or appear at any moment.
@@ -52,7 +55,8 @@ public:
     // The Phones tab keeps its start options as plain values and builds one for each start.
     Q_INVOKABLE StartOptions startOptions(
         bool coldBoot, bool noSnapshot, bool wipeData, const QString &scale, const QString &gpu) const;
-    // What the new-phone sheet does when it opens: the models, only if none are known yet, then the images.
+    // What the new-phone sheet does when it opens: reads the models, then the Android versions, each only
+    // if none are known yet; what was read stays for the session, so the sheet opens at once next time.
     Q_INVOKABLE void loadCatalog(PhoneStore *store);
 
     // Loads the main window into the engine; false when it could not be loaded. The window is closed

@@ -43,8 +43,9 @@ The following Android Virtual Devices could not be loaded:
 
 const QList<AVDInfo> avdsExampleResult {
     {"Pixel_7_API_34", "/Users/me/.android/avd/Pixel_7_API_34.avd",
-        "Android 14.0 (\"UpsideDownCake\") Tag/ABI: google_apis_playstore/arm64-v8a", ""},
-    {"Old_Phone", "/Users/me/.android/avd/Old_Phone.avd", "", "Google pixel_3 no longer exists as a device"},
+        "Android 14.0 (\"UpsideDownCake\") Tag/ABI: google_apis_playstore/arm64-v8a", "", "pixel_7"},
+    {"Old_Phone", "/Users/me/.android/avd/Old_Phone.avd", "", "Google pixel_3 no longer exists as a device",
+        ""},
 };
 
 const QString imagesExample = QStringLiteral(R"txt(Installed packages:
@@ -143,15 +144,16 @@ private Q_SLOTS:
         QTest::newRow("empty") << QString() << QList<AVDInfo> {};
         QTest::newRow("header only") << "Available Android Virtual Devices:\n" << QList<AVDInfo> {};
         QTest::newRow("two names in a row")
-            << "Name: A\nName: B\nPath: /b" << QList<AVDInfo> {{"A", "", "", ""}, {"B", "/b", "", ""}};
+            << "Name: A\nName: B\nPath: /b"
+            << QList<AVDInfo> {{"A", "", "", "", ""}, {"B", "/b", "", "", ""}};
         QTest::newRow("bare Name: is a phone with an empty name")
-            << "Name:\nPath: /x\n---" << QList<AVDInfo> {{"", "/x", "", ""}};
+            << "Name:\nPath: /x\n---" << QList<AVDInfo> {{"", "/x", "", "", ""}};
         QTest::newRow("lines before Name: are discarded")
             << "Path: /stray\nError: stray\nName: A\n---------\nPath: /after"
-            << QList<AVDInfo> {{"A", "", "", ""}};
+            << QList<AVDInfo> {{"A", "", "", "", ""}};
         QTest::newRow("later lines overwrite earlier ones")
             << "Name: A\nPath: /one\nPath: /two\nError: x\nError: y"
-            << QList<AVDInfo> {{"A", "/two", "", "y"}};
+            << QList<AVDInfo> {{"A", "/two", "", "y", ""}};
     }
 
     void parseAVDs()

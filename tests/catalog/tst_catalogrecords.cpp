@@ -33,6 +33,34 @@ private Q_SLOTS:
                                            << "Android (API 1234567) (API 1234567), Google APIs";
     }
 
+    // A phone in words: its model and the kind of its image, not avdmanager's tag.
+    void phoneSummary_data()
+    {
+        columns<QString, QString, QString>("device", "basedOn", "summary");
+
+        QTest::newRow("Google Play")
+            << "pixel_8_pro"
+            << "Android 14.0 (\"UpsideDownCake\") Tag/ABI: google_apis_playstore/arm64-v8a"
+            << "Pixel 8 Pro, Android 14.0, Google Play";
+        QTest::newRow("Google APIs") << "pixel_7"
+                                     << "Android 15.0 Tag/ABI: google_apis/arm64-v8a"
+                                     << "Pixel 7, Android 15.0, Google APIs";
+        QTest::newRow("another tag, no model") << ""
+                                               << "Android 13.0 (\"Tiramisu\") Tag/ABI: default/arm64-v8a"
+                                               << "Android 13.0, default";
+        QTest::newRow("other wording") << "pixel_7"
+                                       << "Android API 36"
+                                       << "Android API 36";
+    }
+
+    void phoneSummary()
+    {
+        auto [device, basedOn, summary] = row<QString, QString, QString>("device", "basedOn", "summary");
+        AVDInfo phone {"P", "/p", basedOn, "", ""};
+        phone.device = device;
+        QCOMPARE(phone.summary(), summary);
+    }
+
     void names()
     {
         auto [api, variant, label] = row<qint64, QString, QString>("api", "variant", "label");
@@ -58,7 +86,7 @@ private Q_SLOTS:
         QCOMPARE(image.identity(), installed.identity());
         QCOMPARE((QSet<SystemImage> {image, installed, installed}).size(), 2);
 
-        const AVDInfo phone {"Pixel_7", "/avd/Pixel_7.avd", "Android 14.0", ""};
+        const AVDInfo phone {"Pixel_7", "/avd/Pixel_7.avd", "Android 14.0", "", ""};
         AVDInfo broken = phone;
         broken.error = QStringLiteral("Missing system image");
         QCOMPARE(phone.identity(), broken.identity());
@@ -71,7 +99,7 @@ private Q_SLOTS:
         const SystemImage image {
             "system-images;android-35;google_apis_playstore;arm64-v8a", 35, "google_apis_playstore", true};
         const DeviceDef device {"pixel_8", "Pixel 8", "Google"};
-        const AVDInfo phone {"P", "/p", "Android 15.0", "broken"};
+        const AVDInfo phone {"P", "/p", "Android 15.0", "broken", ""};
         const auto read = [](const QMetaObject &meta, const void *gadget, const char *name) {
             const int index = meta.indexOfProperty(name);
             return index < 0 ? QVariant() : meta.property(index).readOnGadget(gadget);

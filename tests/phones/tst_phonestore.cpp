@@ -455,6 +455,15 @@ private Q_SLOTS:
         QCOMPARE(store.property(QStringLiteral("raw%1Listing").arg(singular).toLatin1()), raw);
         QCOMPARE(store.property("errorSummary"), summary);
         QCOMPARE(store.errorDetails(), details);
+        // A failed model or version listing is the catalog's failure until a listing of its kind succeeds.
+        QCOMPARE(store.property("catalogFailure"), phones ? QVariant() : summary);
+        QCOMPARE(store.catalogFailureDetails(), phones ? QString() : details);
+        if (!phones) {
+            m_sim->clearBehaviour((images ? QStringLiteral("sdkmanager") : QStringLiteral("avdmanager"))
+                + QStringLiteral(".script"));
+            waitFor(listing());
+            QCOMPARE(store.property("catalogFailure"), QVariant());
+        }
         // A's runner stays when A is no longer listed; a newly listed phone gets one.
         QCOMPARE(store.allRunners().size(), !phones ? 0 : listed.contains(QStringLiteral("Broken")) ? 2 : 1);
     }

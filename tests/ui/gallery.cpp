@@ -232,6 +232,8 @@ struct Shot
         } else if (word == QLatin1String("new-phone")) {
             find(QStringLiteral("phonesView"))->setProperty("showNew", true);
             waitUntil([&] {
+                if (argument == QLatin1String("failed"))
+                    return store->property("catalogFailure").isValid();
                 return argument == QLatin1String("loading")
                     ? store->imagesLoading()
                     : !store->imagesLoading() && !store->devicesLoading() && !store->images().isEmpty();
@@ -279,6 +281,17 @@ struct Shot
             auto *flick = find(QStringLiteral("appsView"))->property("contentItem").value<QObject *>();
             flick->setProperty(
                 "contentY", flick->property("contentHeight").toReal() - flick->property("height").toReal());
+        } else if (word == QLatin1String("focus")) {
+            // As the Tab key brings it: a tab by its number, else a control by its name.
+            bool isTab = false;
+            const int tab = argument.toInt(&isTab);
+            QQuickItem *item = nullptr;
+            if (isTab)
+                QMetaObject::invokeMethod(find(QStringLiteral("tabs")), "itemAt",
+                    Q_RETURN_ARG(QQuickItem *, item), Q_ARG(int, tab));
+            else
+                item = qobject_cast<QQuickItem *>(find(argument));
+            item->forceActiveFocus(Qt::TabFocusReason);
         } else if (word == QLatin1String("pick")) {
             find(QStringLiteral("appsView"))->setProperty("selectedName", argument);
         } else if (word == QLatin1String("remove-lock")) {
@@ -391,6 +404,9 @@ const char *const shots[][3] = {
         "tab:1|crash:Pixel_7_API_34|fix-image:Pixel_7_API_34"},
     {"40-apps-hint-in-view", "phones signed-elsewhere",
         "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk|install:com.example.notes.apk"},
+    {"41-new-phone-listing-failed", "ready sdkmanager.list.fail", "tab:1|new-phone:failed"},
+    {"42-focus-ring-tab", "ready", "tab:1|focus:2"},
+    {"43-focus-ring-switch", "ready", "tab:1|focus:coldBoot"},
 };
 
 } // namespace

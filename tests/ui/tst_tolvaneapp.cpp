@@ -5,6 +5,7 @@
 #include "TolvaneVersion.h"
 
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QGuiApplication>
 #include <QQmlComponent>
@@ -13,6 +14,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QtQml/qqmlextensionplugin.h>
 
 #include <QCoro/QCoroTask>
@@ -57,6 +59,12 @@ private Q_SLOTS:
         const std::unique_ptr<QObject> shown(about.create());
         QCOMPARE(shown->property("v").toString(), QStringLiteral(TOLVANE_VERSION));
 
+        // About Tolvane names the version.
+        QMetaObject::invokeMethod(main, "showAbout");
+        QObject *version = main->findChild<QObject *>(QStringLiteral("aboutVersion"));
+        QVERIFY(version);
+        QCOMPARE(version->property("text").toString(), QStringLiteral("Version " TOLVANE_VERSION));
+
         QVERIFY(!main->property("logsWindow").value<QQuickWindow *>());
         QMetaObject::invokeMethod(main, "openLogs");
         auto *logs = main->property("logsWindow").value<QQuickWindow *>();
@@ -81,6 +89,69 @@ private Q_SLOTS:
         Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
         QVERIFY(main->isVisible());
         QTRY_VERIFY(!app.setup()->brewReady());
+    }
+
+    // The app's commands answer their shortcuts in the window in front; Ctrl is the Command key on the Mac.
+    void commands_data()
+    {
+        columns<QString, QString>("keys", "effect");
+
+        QTest::newRow("New Phone") << "Ctrl+N"
+                                   << "sheet";
+        QTest::newRow("Refresh") << "Ctrl+R"
+                                 << "checked";
+        QTest::newRow("Close Window") << "Ctrl+W"
+                                      << "logs closed";
+        QTest::newRow("Minimize") << "Ctrl+M"
+                                  << "minimized";
+        QTest::newRow("Quit") << "Ctrl+Q"
+                              << "quit";
+    }
+
+    void commands()
+    {
+        auto [keys, effect] = row<QString, QString>("keys", "effect");
+        if (TolvaneApp::nativeMenuBar())
+            QSKIP("The menu bar's items carry the shortcuts here.");
+
+        QTemporaryDir root;
+        SimHost sim(root.path());
+        sim.activate();
+        sim.makeReady();
+        QQmlEngine engine;
+        TolvaneApp app(nullptr);
+        QVERIFY(app.showMainWindow(engine));
+        auto *main = qobject_cast<QQuickWindow *>(app.mainWindow());
+        QTRY_VERIFY(main->findChild<QObject *>(QStringLiteral("setupView")));
+        QTRY_VERIFY(app.setup()->licensesAccepted());
+        QQuickWindow *front = main;
+        if (effect == QLatin1String("logs closed")) {
+            QMetaObject::invokeMethod(main, "openLogs");
+            front = main->property("logsWindow").value<QQuickWindow *>();
+            QTRY_VERIFY(front->isActive());
+        }
+        if (effect == QLatin1String("checked"))
+            QVERIFY(QFile::remove(sim.brewPath()));
+
+        if (effect == QLatin1String("quit")) {
+            // Quitting ends the application's own event loop, as in the app.
+            QTimer::singleShot(0, front, [&] { QTest::keySequence(front, QKeySequence(keys)); });
+            QTimer::singleShot(10000, front, [] { QCoreApplication::exit(1); });
+            QCOMPARE(QCoreApplication::exec(), 0);
+            return;
+        }
+        QTest::keySequence(front, QKeySequence(keys));
+        if (effect == QLatin1String("sheet")) {
+            QTRY_VERIFY(main->findChild<QObject *>(QStringLiteral("newPhoneSheet")));
+            QCOMPARE(main->findChild<QObject *>(QStringLiteral("tabs"))->property("currentIndex"), 1);
+        } else if (effect == QLatin1String("checked")) {
+            QTRY_VERIFY(!app.setup()->brewReady());
+        } else if (effect == QLatin1String("logs closed")) {
+            QTRY_VERIFY(!front->isVisible());
+            QVERIFY(main->isVisible());
+        } else {
+            QTRY_VERIFY(main->windowStates() & Qt::WindowMinimized);
+        }
     }
 
     // What the installer learnt about a phone lasts while that phone runs, ours or one started elsewhere,

@@ -46,9 +46,9 @@ TestCase {
         return listedView(component)
     }
 
-    function listedView(component) {
+    function listedView(component, properties) {
         TolvaneApp.setup.refresh()
-        const view = createTemporaryObject(component, testCase)
+        const view = createTemporaryObject(component, testCase, properties)
         tryVerify(() => !store.isLoading, 20000)
         return view
     }

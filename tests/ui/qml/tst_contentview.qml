@@ -10,6 +10,37 @@ TolvaneTestCase {
         ContentView { anchors.fill: parent }
     }
 
+    Component {
+        id: phonesComponent
+        PhonesView { anchors.fill: parent }
+    }
+    Component {
+        id: detailsComponent
+        DetailsBox { width: 300; summary: "Something failed." }
+    }
+    Component {
+        id: logComponent
+        LogBox { width: 300; height: 100 }
+    }
+
+    // The control the keyboard is on shows a ring.
+    function test_focusRing_data() {
+        return [
+            { tag: "tab", component: contentComponent, control: view => findChild(view, "tabs").itemAt(1) },
+            { tag: "switch", component: phonesComponent, control: view => findChild(view, "coldBoot") },
+            { tag: "Show Details", component: detailsComponent, control: view => findChild(view, "showDetails") },
+            { tag: "log", component: logComponent, control: view => view }
+        ]
+    }
+    function test_focusRing(data) {
+        const view = createTemporaryObject(data.component, root)
+        const control = data.control(view)
+        const ring = findChild(control, "focusRing")
+        verify(!ring.visible)
+        control.forceActiveFocus(Qt.TabFocusReason)
+        verify(ring.visible)
+    }
+
     function test_intelNoticeAlone() {
         const view = createTemporaryObject(contentComponent, root, { setup: sim.intelSetup() })
         verify(findChild(view, "intelNotice").visible)

@@ -24,6 +24,44 @@ TolvaneTestCase {
         return [view, sheet]
     }
 
+    // The sheet hangs from the top of the window with its form in two columns. What it read stays for the
+    // next opening, a failure to read shows inside it, and an earlier opening's install log does not.
+    function test_opensFreshAndReadsOnce() {
+        sim.makeReady()
+        const fresh = sim.freshStore()
+        const view = listedView(phonesComponent, { store: fresh })
+        sim.setBehaviour("sdkmanager.list.fail")
+        mouseClick(findChild(view, "New phone..."))
+        tryVerify(() => view.sheet !== null)
+        let sheet = view.sheet
+        compare(sheet.y, 0)
+        const left = name => findChild(sheet, name).mapToItem(sheet.contentItem, 0, 0).x
+        for (const name of ["modelPicker", "playSwitch", "versionPicker"])
+            compare(left(name), left("nameField"), name)
+        tryVerify(() => findChild(sheet, "catalogFailure") !== null, 30000)
+        compare(findChild(findChild(sheet, "catalogFailure"), "detailsSummary").text,
+                "Could not list Android versions. The command exited with status 1.")
+        compare(sheet.y, 0)
+
+        sim.clearBehaviour("sdkmanager.list.fail")
+        mouseClick(findChild(sheet, "refreshCatalog"))
+        tryVerify(() => fresh.images.length > 0 && !fresh.imagesLoading, 30000)
+        tryVerify(() => findChild(sheet, "catalogFailure") === null)
+        mouseClick(findChild(sheet, "Install it"))
+        tryVerify(() => findChild(sheet, "imageJobLog").visible)
+        // The store reads the versions again once the image is installed.
+        tryVerify(() => sheet.chosenImage.installed && !fresh.imagesLoading, 30000)
+        mouseClick(findChild(sheet, "Close"))
+        tryVerify(() => view.sheet === null)
+
+        mouseClick(findChild(view, "New phone..."))
+        tryVerify(() => view.sheet !== null)
+        sheet = view.sheet
+        verify(!fresh.imagesLoading)
+        verify(sheet.chosenImage !== undefined && sheet.chosenImage.installed)
+        verify(!findChild(sheet, "imageJobLog").visible)
+    }
+
     function test_createWithAnImageInstall() {
         const [view, sheet] = openSheet()
         compare(sheet.name, "Pixel_Phone")
@@ -105,6 +143,10 @@ TolvaneTestCase {
         tryVerify(() => sheet.chosenImage.installed, 20000)
         const create = findChild(sheet, "Create")
         verify(create.enabled)
+        // The default button shows when the keyboard is on it.
+        verify(!findChild(create, "focusRing").visible)
+        create.forceActiveFocus(Qt.TabFocusReason)
+        verify(findChild(create, "focusRing").visible)
         const field = findChild(sheet, "nameField")
         field.forceActiveFocus()
         field.selectAll()

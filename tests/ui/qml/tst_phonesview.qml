@@ -55,11 +55,18 @@ TolvaneTestCase {
         const seen = []
         const record = () => { if (seen[seen.length - 1] !== label.text) seen.push(label.text) }
         label.textChanged.connect(record)
+        // The row says what the phone is in words, and keeps its height while the phone starts.
+        verify(/^Pixel 7, Android [0-9.]+, Google APIs$/.test(findChild(row, "basedOn").text))
+        const heights = []
+        const jump = () => heights.push(row.height)
+        row.heightChanged.connect(jump)
         mouseClick(findChild(row, "Start"))
         tryCompare(label, "text", "Running", 30000)
         compare(label.Accessible.name, "Pixel_Start: Running")
         label.textChanged.disconnect(record)
+        row.heightChanged.disconnect(jump)
         compare(seen, ["Starting", "Booting", "Running"])
+        compare(heights, [])
         verify(!findChild(row, "Start").enabled)
         verify(findChild(row, "Stop").enabled)
         verify(!findChild(row, "Delete").enabled)
