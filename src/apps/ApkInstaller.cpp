@@ -140,25 +140,27 @@ QCoro::Task<> ApkInstaller::installTask(QList<QUrl> urls, QString serial)
     co_await std::move(listing);
 }
 
-QCoro::Task<> ApkInstaller::installOne(QString path, QString serial)
+QCoro::Task<bool> ApkInstaller::installOne(QString path, QString serial)
 {
     QPointer<ApkInstaller> self(this);
     log(QStringLiteral("Installing ") + QFileInfo(path).fileName() + QStringLiteral("..."));
     auto checking = refusal(path, serial);
     const std::optional<QString> refused = co_await std::move(checking);
     if (!self)
-        co_return;
+        co_return false;
     if (refused) {
         log(*refused);
-        co_return;
+        co_return false;
     }
     const QStringList arguments = {QStringLiteral("install"), QStringLiteral("-r"), path};
     auto running = AndroidTools::runADB(arguments, serial, std::nullopt);
     const ProcessResult result = co_await std::move(running);
     if (!self)
-        co_return;
-    log(reply(result).value_or(QStringLiteral("(adb printed nothing; exit status ")
-        + QString::number(result.status) + QLatin1Char(')')));
+        co_return false;
+    const std::optional<QString> said = reply(result);
+    log(said.value_or(QStringLiteral("(adb printed nothing; exit status ") + QString::number(result.status)
+        + QLatin1Char(')')));
+    co_return result.isClean() && said && said->endsWith(QLatin1String("Success"));
 }
 
 QCoro::Task<std::optional<QString>> ApkInstaller::refusal(QString path, QString serial)
@@ -231,9 +233,14 @@ QCoro::Task<> ApkInstaller::reinstallTask(QString package, QString path, QString
         co_return;
     if (removed) {
         auto installing = installOne(path, serial);
-        co_await std::move(installing);
+        const bool installed = co_await std::move(installing);
         if (!self)
             co_return;
+        if (installed) {
+            m_fixOutcome
+                = QStringLiteral("Uninstalled %1 and installed %2.").arg(package, QFileInfo(path).fileName());
+            Q_EMIT outputChanged();
+        }
     }
     setBusy(false);
 
@@ -358,6 +365,7 @@ void ApkInstaller::log(const QString &message)
 void ApkInstaller::beginAction(const QString &serial)
 {
     m_latestOutput.clear();
+    m_fixOutcome.clear();
     m_latestSerial = serial;
     Q_EMIT latestSerialChanged();
     Q_EMIT outputChanged();

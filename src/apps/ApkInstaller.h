@@ -29,6 +29,7 @@ class ApkInstaller : public QObject
     Q_PROPERTY(QVariant packagesNote READ packagesNoteVariant NOTIFY packagesNoteChanged)
     Q_PROPERTY(QString latestOutput READ latestOutput NOTIFY outputChanged)
     Q_PROPERTY(QString latestSerial READ latestSerial NOTIFY latestSerialChanged)
+    Q_PROPERTY(QString fixOutcome READ fixOutcome NOTIFY outputChanged)
 
 public:
     // How long each adb run may take, in seconds; tests shorten them.
@@ -53,6 +54,8 @@ public:
     // The phone the latest install, uninstall or screenshot acted on: what a fix for its failure acts on,
     // whichever phone is picked by then.
     QString latestSerial() const { return m_latestSerial; }
+    // What a fix that worked did, said where its hint stood; empty until the next action.
+    QString fixOutcome() const { return m_fixOutcome; }
 
     // Asked where each screenshot goes; without one, a screenshot is dropped as if the user cancelled.
     void setSaveLocationChooser(SaveLocationChooser *chooser);
@@ -96,8 +99,9 @@ private:
     QCoro::Task<std::optional<QString>> refusal(QString path, QString serial);
     // The phone's ABIs, asked once while it runs; empty when adb could not tell.
     QCoro::Task<QStringList> phoneAbis(QString serial);
-    // Logs its own lines; a failure is reported like any other and does not stop a batch.
-    QCoro::Task<> installOne(QString path, QString serial);
+    // Logs its own lines; a failure is reported like any other and does not stop a batch. True when
+    // adb reported the app installed.
+    QCoro::Task<bool> installOne(QString path, QString serial);
     // Logs and runs one uninstall; true when adb removed the app.
     QCoro::Task<bool> removePackage(QString package, QString serial);
     void saveScreenshot(const QString &path, const QByteArray &png);
@@ -111,6 +115,7 @@ private:
     std::optional<QString> m_packagesNote;
     QString m_latestOutput;
     QString m_latestSerial;
+    QString m_fixOutcome;
     QHash<QString, QStringList> m_phoneAbis; // by serial
     QPointer<SaveLocationChooser> m_chooser;
 };

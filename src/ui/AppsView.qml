@@ -203,6 +203,19 @@ ScrollView {
             Layout.leftMargin: 12
             Layout.rightMargin: 12
         }
+        // Where the fix was offered, what it did.
+        Label {
+            objectName: "fixOutcome"
+            visible: text !== ""
+            text: view.installer.fixOutcome
+            textFormat: Text.PlainText
+            font.weight: Font.DemiBold
+            color: Style.green
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+        }
 
         PhonePanel {
             id: phonePanel

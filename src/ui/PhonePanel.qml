@@ -98,12 +98,15 @@ ColumnLayout {
         RowLayout {
             ComboBox {
                 objectName: "speed"
+                // As wide as its longest choice, so no choice is cut short.
+                implicitContentWidthPolicy: ComboBox.WidestText
                 model: panel.controls.speeds.map(each => each.label + " speed")
                 onActivated: index => panel.controls.setNetworkSpeed(panel.controls.speeds[index].value)
                 Accessible.name: "Network speed"
             }
             ComboBox {
                 objectName: "delay"
+                implicitContentWidthPolicy: ComboBox.WidestText
                 model: panel.controls.delays.map(each => each.value === "none" ? "No added latency" : each.label + " latency")
                 onActivated: index => panel.controls.setNetworkDelay(panel.controls.delays[index].value)
                 Accessible.name: "Network latency"

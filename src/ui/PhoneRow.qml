@@ -201,7 +201,8 @@ ColumnLayout {
         }
     }
     Loader {
-        active: row.runner !== null && row.runner.failure !== undefined
+        // Once a fix has removed the cause, the hint below says so and what is next instead.
+        active: row.runner !== null && row.runner.failure !== undefined && failureHint.outcome === undefined
         visible: active
         Layout.fillWidth: true
         Layout.bottomMargin: 4

@@ -276,6 +276,13 @@ struct Shot
                         : QUrl::fromLocalFile(sim.writeFile(name, QStringLiteral("PK"))));
             auto installing = app->installer()->installTask(files, QStringLiteral("emulator-5554"));
             QCoro::waitFor(std::move(installing));
+        } else if (word == QLatin1String("reinstall")) {
+            // As confirmed in the hint's dialog: the app it names, from the file it names.
+            const QVariantMap explained = find(QStringLiteral("outputHint"))->property("explained").toMap();
+            app->installer()->reinstall(explained.value(QStringLiteral("package")).toString(),
+                explained.value(QStringLiteral("path")).toString(), QStringLiteral("emulator-5554"));
+            waitUntil([&] { return !app->installer()->busy(); });
+            settle();
         } else if (word == QLatin1String("apps-end")) {
             settle(); // the hint's height is laid out first
             auto *flick = find(QStringLiteral("appsView"))->property("contentItem").value<QObject *>();
@@ -407,6 +414,8 @@ const char *const shots[][3] = {
     {"41-new-phone-listing-failed", "ready sdkmanager.list.fail", "tab:1|new-phone:failed"},
     {"42-focus-ring-tab", "ready", "tab:1|focus:2"},
     {"43-focus-ring-switch", "ready", "tab:1|focus:coldBoot"},
+    {"44-apps-reinstalled", "phones signed-elsewhere",
+        "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk|install:com.example.notes.apk|reinstall"},
 };
 
 } // namespace

@@ -105,6 +105,8 @@ TolvaneTestCase {
         const outcome = findChild(hint, "hintOutcome")
         tryVerify(() => outcome.visible, 20000)
         compare(outcome.text, "System image installed. Start " + phone + " now.")
+        // The failed start's box goes: what it blamed has been fixed.
+        compare(findChild(hint.parent, "startFailure"), null)
         verify(findChild(hint, "jobHeading").text.startsWith("Installed Android 14"), findChild(hint, "jobHeading").text)
         verify(!fix.visible)
         verify(!findChild(hint, "hintStep").visible)
@@ -160,9 +162,14 @@ TolvaneTestCase {
         mouseClick(findChild(dialog, "confirm"))
         tryVerify(() => installer.latestOutput.startsWith("Uninstalling com.example.hint...\nSuccess\nInstalling com.example.hint.apk...\nPerforming Streamed Install\nSuccess"), 20000)
         compare(installer.latestSerial, "emulator-5554")
+        // Where the hint stood, what the fix did; until the next action.
+        const outcome = findChild(appsView, "fixOutcome")
+        tryCompare(outcome, "text", "Uninstalled com.example.hint and installed com.example.hint.apk.")
+        verify(outcome.visible && !hint.visible)
 
         installer.install([sim.writeApk("com.example.hint.apk")], "emulator-5554")
         tryVerify(() => fix.visible, 20000)
+        verify(!outcome.visible)
         store.runner(phone).stop()
         tryVerify(() => !fix.visible, 30000)
         compare(unavailable.text, "Hint_Phone, where this happened, is no longer running.")
