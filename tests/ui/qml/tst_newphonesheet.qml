@@ -47,6 +47,18 @@ TolvaneTestCase {
         mouseClick(findChild(sheet, "refreshCatalog"))
         tryVerify(() => fresh.images.length > 0 && !fresh.imagesLoading, 30000)
         tryVerify(() => findChild(sheet, "catalogFailure") === null)
+        // A failed install shows its log in this opening only.
+        sim.setBehaviour("sdkmanager.fail")
+        mouseClick(findChild(sheet, "Install it"))
+        tryVerify(() => findChild(sheet, "imageHint").text !== "", 30000)
+        sim.clearBehaviour("sdkmanager.fail")
+        mouseClick(findChild(sheet, "Close"))
+        tryVerify(() => view.sheet === null)
+        mouseClick(findChild(view, "New phone..."))
+        tryVerify(() => view.sheet !== null)
+        sheet = view.sheet
+        compare(findChild(sheet, "imageHint").text, "")
+        tryVerify(() => findChild(sheet, "Install it").enabled, 30000)
         mouseClick(findChild(sheet, "Install it"))
         tryVerify(() => findChild(sheet, "imageJobLog").visible)
         // The store reads the versions again once the image is installed.
