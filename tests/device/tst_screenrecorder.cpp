@@ -72,8 +72,11 @@ private Q_SLOTS:
         QSignalSpy finished(&recorder, &ScreenRecorder::finished);
         recorder.start();
         QVERIFY(recorder.recording());
+        const QString onPhone
+            = m_phone->sim.stateDir() + QStringLiteral("/emulators/5554/storage/tolvane-recording.mp4");
         if (how == QLatin1String("stop")) {
-            QTest::qWait(300);
+            // Once screenrecord has begun its file: a stop before that has nothing to copy.
+            QTRY_VERIFY(QFile::exists(onPhone));
             QVERIFY(recorder.recording());
             recorder.stop();
         }
@@ -83,8 +86,7 @@ private Q_SLOTS:
         // The file is complete, and the phone's copy is gone.
         QFile file(saved);
         QCOMPARE(file.open(QIODevice::ReadOnly) && file.readAll().endsWith("finished"), refusal.isEmpty());
-        QVERIFY(!QFile::exists(
-            m_phone->sim.stateDir() + QStringLiteral("/emulators/5554/storage/tolvane-recording.mp4")));
+        QVERIFY(!QFile::exists(onPhone));
     }
 };
 

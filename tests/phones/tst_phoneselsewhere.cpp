@@ -34,7 +34,8 @@ private Q_SLOTS:
         m_sim->startPhone(QStringLiteral("B"), 5556);
         m_sim->startPhone(QStringLiteral("A"), 5558, {QStringLiteral("-read-only")});
         EmulatorProcess::Timing timing;
-        timing.adbTimeout = 0.5;
+        // Long enough for a loaded machine running sanitizers; "hangs" waits it out once.
+        timing.adbTimeout = 3.0;
         EmulatorProcess::setTiming(timing);
     }
 
