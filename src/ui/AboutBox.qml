@@ -15,11 +15,20 @@ Dialog {
     Overlay.modal: DimmedWindow {}
     background: PanelBackground {}
     padding: 20
-    standardButtons: Dialog.Ok
+    footer: DialogButtonBox {
+        standardButtons: DialogButtonBox.Ok
+        leftPadding: 20
+        rightPadding: 20
+        bottomPadding: 16
+    }
 
     ColumnLayout {
         width: box.availableWidth
         spacing: 8
+        // OK is the default button: Return presses it.
+        focus: true
+        Keys.onReturnPressed: box.accept()
+        Keys.onEnterPressed: box.accept()
         Label {
             text: "Tolvane"
             font: Style.title3

@@ -283,6 +283,10 @@ struct Shot
                 explained.value(QStringLiteral("path")).toString(), QStringLiteral("emulator-5554"));
             waitUntil([&] { return !app->installer()->busy(); });
             settle();
+        } else if (word == QLatin1String("about")) {
+            // The app menu's About Tolvane, where the platform draws a menu bar.
+            QMetaObject::invokeMethod(main, "showAbout");
+            settle();
         } else if (word == QLatin1String("apps-end")) {
             settle(); // the hint's height is laid out first
             auto *flick = find(QStringLiteral("appsView"))->property("contentItem").value<QObject *>();
@@ -416,6 +420,7 @@ const char *const shots[][3] = {
     {"43-focus-ring-switch", "ready", "tab:1|focus:coldBoot"},
     {"44-apps-reinstalled", "phones signed-elsewhere",
         "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk|install:com.example.notes.apk|reinstall"},
+    {"45-about-box", "ready", "about"},
 };
 
 } // namespace

@@ -106,6 +106,9 @@ private Q_SLOTS:
                                   << "minimized";
         QTest::newRow("Quit") << "Ctrl+Q"
                               << "quit";
+        // The app menu's item, which has no shortcut of its own.
+        QTest::newRow("About Tolvane") << ""
+                                       << "about";
     }
 
     void commands()
@@ -139,6 +142,18 @@ private Q_SLOTS:
             QTimer::singleShot(0, front, [&] { QTest::keySequence(front, sequence); });
             QTimer::singleShot(10000, front, [] { QCoreApplication::exit(1); });
             QCOMPARE(QCoreApplication::exec(), 0);
+            return;
+        }
+        if (effect == QLatin1String("about")) {
+            QMetaObject::invokeMethod(main, "showAbout");
+            QObject *box = main->findChild<QObject *>(QStringLiteral("aboutBox"));
+            QVERIFY(box);
+            QTRY_VERIFY(box->property("opened").toBool());
+            QCOMPARE(box->findChild<QObject *>(QStringLiteral("aboutVersion"))->property("text").toString(),
+                QStringLiteral("Version " TOLVANE_VERSION));
+            // Return presses OK, which closes the box.
+            QTest::keyClick(main, Qt::Key_Return);
+            QTRY_VERIFY(!box->property("visible").toBool());
             return;
         }
         QTest::keySequence(front, QKeySequence(keys));
