@@ -19,6 +19,4 @@ Label {
     font: Style.caption
     wrapMode: Text.Wrap
     Layout.fillWidth: true
-    Layout.leftMargin: 12
-    Layout.rightMargin: 12
 }
