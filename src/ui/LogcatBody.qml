@@ -159,6 +159,19 @@ ColumnLayout {
             reuseItems: true
             highlightFollowsCurrentItem: false
             ScrollBar.vertical: ScrollBar {}
+            // The keyboard reaches the log too: the arrow keys pick an entry, Copy copies it.
+            activeFocusOnTab: true
+            Keys.onPressed: event => {
+                if (event.matches(StandardKey.Copy) && currentItem) {
+                    TolvaneApp.copyToClipboard(currentItem.asText())
+                    event.accepted = true
+                }
+            }
+            onCurrentIndexChanged: {
+                if (currentIndex >= 0)
+                    body.following = false
+            }
+            FocusRing { shown: list.activeFocus; outset: 5 }
             onMovementStarted: body.following = false
             onMovementEnded: body.following = atYEnd
             onCountChanged: {
@@ -193,7 +206,7 @@ ColumnLayout {
                         eventPoint.position.y + list.contentY)
                     if (row >= 0) {
                         list.currentIndex = row
-                        body.following = false
+                        list.forceActiveFocus(Qt.MouseFocusReason)
                     }
                 }
             }
@@ -211,6 +224,10 @@ ColumnLayout {
                 required property string message
                 required property bool crash
                 readonly property color levelColor: Style.logLevel(level)
+                // As logcat prints it; made only when copied, not for every row of a flood.
+                function asText() {
+                    return level === 0 ? message : time + " " + pid + " " + letter + " " + tag + ": " + message
+                }
 
                 width: ListView.view.width
                 height: Math.max(messageText.implicitHeight, 14) + 2

@@ -69,6 +69,16 @@ TolvaneTestCase {
         tryVerify(() => body.log !== null && body.log.count === 7 && !body.log.filtering, 20000)
         compare(findChild(body, "appPicker").currentText, "com.example.notes")
         mouseClick(findChild(body, "nextCrash"))
-        compare(findChild(body, "logcatList").currentIndex, 4)
+        const list = findChild(body, "logcatList")
+        compare(list.currentIndex, 4)
+        // The keyboard moves through the entries and copies the one it is on.
+        list.forceActiveFocus(Qt.TabFocusReason)
+        verify(findChild(list, "focusRing").visible)
+        keyClick(Qt.Key_Down)
+        compare(list.currentIndex, 5)
+        TolvaneApp.copyToClipboard("")
+        keySequence(StandardKey.Copy)
+        compare(sim.clipboardText(), list.currentItem.asText())
+        verify(/^\S+ \S+ \d+ [VDIWEF] \S+: ./.test(sim.clipboardText()), sim.clipboardText())
     }
 }
