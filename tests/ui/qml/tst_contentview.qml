@@ -41,6 +41,47 @@ TolvaneTestCase {
         verify(ring.visible)
     }
 
+    // The Mac's menu bar, made here as the Mac makes it: every item reaches its command, with its shortcut.
+    Component {
+        id: menuBarComponent
+        AppMenuBar {}
+    }
+    QtObject {
+        id: commands
+        property string called
+        readonly property var keys: ({ newPhone: "Ctrl+N", refresh: "Ctrl+R", closeWindow: "Ctrl+W", minimize: "Ctrl+M", quit: "Ctrl+Q" })
+        function newPhone() { called = "newPhone" }
+        function refresh() { called = "refresh" }
+        function closeWindow() { called = "closeWindow" }
+        function minimize() { called = "minimize" }
+        function showAbout() { called = "showAbout" }
+        function quit() { called = "quit" }
+        function openLogs() { called = "openLogs" }
+    }
+    function test_menuBar() {
+        const bar = createTemporaryObject(menuBarComponent, root, { commands: commands })
+        const found = []
+        for (let m = 0; m < bar.menus.length; ++m) {
+            const menu = bar.menus[m]
+            for (let i = 0; i < menu.items.length; ++i) {
+                const item = menu.items[i]
+                if (item.separator)
+                    continue
+                item.triggered()
+                found.push([menu.title, item.text, String(item.shortcut), commands.called])
+            }
+        }
+        compare(found, [
+            ["File", "New Phone...", "Ctrl+N", "newPhone"],
+            ["File", "Close Window", "Ctrl+W", "closeWindow"],
+            ["File", "About Tolvane", "undefined", "showAbout"],
+            ["File", "Quit Tolvane", "Ctrl+Q", "quit"],
+            ["View", "Refresh", "Ctrl+R", "refresh"],
+            ["Window", "Minimize", "Ctrl+M", "minimize"],
+            ["Window", "Show Logs", "undefined", "openLogs"],
+        ])
+    }
+
     function test_intelNoticeAlone() {
         const view = createTemporaryObject(contentComponent, root, { setup: sim.intelSetup() })
         verify(findChild(view, "intelNotice").visible)
