@@ -267,7 +267,7 @@ QCoro::Task<> ApkInstaller::refreshPackagesTask(QString serial)
         // A tool that failed without a word still gets a reason: how it ended.
         if (reason.isEmpty())
             reason = result.failureSummary();
-        setPackagesNote(QStringLiteral("Could not list apps: ") + reason);
+        setPackagesNote(QStringLiteral("Could not list apps: ") + reason, true);
         co_return;
     }
     const QStringList names = packageNames(result.text);
@@ -383,8 +383,9 @@ void ApkInstaller::setPackages(const QStringList &packages)
     Q_EMIT packagesChanged();
 }
 
-void ApkInstaller::setPackagesNote(std::optional<QString> note)
+void ApkInstaller::setPackagesNote(std::optional<QString> note, bool outOfDate)
 {
     m_packagesNote = std::move(note);
+    m_packagesOutOfDate = outOfDate;
     Q_EMIT packagesNoteChanged();
 }

@@ -294,8 +294,16 @@ private Q_SLOTS:
         QCoro::waitFor(installer.refreshPackagesTask(serial));
         QCOMPARE(installer.packages(), packages);
         QCOMPARE(noteOf(installer), note);
+        // A list kept from before is marked as such until a listing succeeds again.
+        const bool failed = note.startsWith(QLatin1String("Could not list apps: "));
+        QCOMPARE(installer.packagesOutOfDate(), failed);
         QCOMPARE(busy.count(), 0);
         QVERIFY(installer.output().isEmpty());
+        if (failed) {
+            cleanup();
+            QCoro::waitFor(installer.refreshPackagesTask(::serial));
+            QVERIFY(!installer.packagesOutOfDate());
+        }
     }
 
     void uninstall_data()
