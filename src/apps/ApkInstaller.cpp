@@ -182,12 +182,12 @@ QCoro::Task<std::optional<QString>> ApkInstaller::refusal(QString path, QString 
         co_return std::nullopt;
     auto asking = phoneAbis(serial);
     const QStringList abis = co_await std::move(asking);
-    // When the phone cannot tell, adb decides.
+    // When the phone cannot tell, adb decides. What to do is said once, by the hint the Apps tab shows
+    // for this known failure.
     if (!self || abis.isEmpty() || archive.runsOn(abis))
         co_return std::nullopt;
-    co_return QStringLiteral("Not installed: %1 has native code only for %2, and this phone runs %3. "
-                             "Ask the app's maker for a build that includes %4 (or a universal APK).")
-        .arg(file, someOf(archive.abis()), someOf(abis), abis.first());
+    co_return QStringLiteral("Not installed: %1 has native code only for %2, and this phone runs %3.")
+        .arg(file, someOf(archive.abis()), someOf(abis));
 }
 
 QCoro::Task<QStringList> ApkInstaller::phoneAbis(QString serial)
@@ -267,7 +267,7 @@ QCoro::Task<> ApkInstaller::refreshPackagesTask(QString serial)
         // A tool that failed without a word still gets a reason: how it ended.
         if (reason.isEmpty())
             reason = result.failureSummary();
-        setPackagesNote(QStringLiteral("Could not list apps: ") + reason);
+        setPackagesNote(QStringLiteral("Could not list apps: ") + reason, true);
         co_return;
     }
     const QStringList names = packageNames(result.text);
@@ -383,8 +383,9 @@ void ApkInstaller::setPackages(const QStringList &packages)
     Q_EMIT packagesChanged();
 }
 
-void ApkInstaller::setPackagesNote(std::optional<QString> note)
+void ApkInstaller::setPackagesNote(std::optional<QString> note, bool outOfDate)
 {
     m_packagesNote = std::move(note);
+    m_packagesOutOfDate = outOfDate;
     Q_EMIT packagesNoteChanged();
 }

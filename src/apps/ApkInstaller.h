@@ -27,6 +27,7 @@ class ApkInstaller : public QObject
     Q_PROPERTY(bool busy READ busy NOTIFY busyChanged)
     Q_PROPERTY(QStringList packages READ packages NOTIFY packagesChanged)
     Q_PROPERTY(QVariant packagesNote READ packagesNoteVariant NOTIFY packagesNoteChanged)
+    Q_PROPERTY(bool packagesOutOfDate READ packagesOutOfDate NOTIFY packagesNoteChanged)
     Q_PROPERTY(QString latestOutput READ latestOutput NOTIFY outputChanged)
     Q_PROPERTY(QString latestSerial READ latestSerial NOTIFY latestSerialChanged)
     Q_PROPERTY(QString fixOutcome READ fixOutcome NOTIFY outputChanged)
@@ -49,6 +50,8 @@ public:
     bool busy() const { return m_busy; }
     QStringList packages() const { return m_packages; }
     std::optional<QString> packagesNote() const { return m_packagesNote; }
+    // The latest listing failed: the packages are those listed before, and the phone may have others now.
+    bool packagesOutOfDate() const { return m_packagesOutOfDate; }
     // What the latest install, uninstall or screenshot logged, for explaining its failure.
     QString latestOutput() const { return m_latestOutput; }
     // The phone the latest install, uninstall or screenshot acted on: what a fix for its failure acts on,
@@ -107,12 +110,13 @@ private:
     void saveScreenshot(const QString &path, const QByteArray &png);
     void setBusy(bool busy);
     void setPackages(const QStringList &packages);
-    void setPackagesNote(std::optional<QString> note);
+    void setPackagesNote(std::optional<QString> note, bool outOfDate = false);
 
     QString m_output;
     bool m_busy = false;
     QStringList m_packages;
     std::optional<QString> m_packagesNote;
+    bool m_packagesOutOfDate = false;
     QString m_latestOutput;
     QString m_latestSerial;
     QString m_fixOutcome;

@@ -91,11 +91,41 @@ constexpr Entry table[] = {
         "the Phones tab and start it again.",
         Fix::None},
     {"disk-full", "No space left on device|Not enough space to create userdata partition",
-        "The Mac's disk is too full.",
-        "Free some space on the Mac (a system image needs about 1.5 GB, a phone's first start several GB "
-        "more) and try again.",
-        Fix::None},
+        "The Mac's disk is too full.", "Free some space on the Mac and try again.", Fix::None},
 };
+
+struct DiskNeed
+{
+    const char *pattern; // on the failure's text, which names the job by its command line or its own words
+    const char *needs;
+};
+
+// What the job that ran out of space was writing, and about how much that takes. A system image
+// install can fetch the emulator as well: the image is named first.
+constexpr DiskNeed diskNeeds[] = {
+    {"save snapshot", "A snapshot takes about as much space as the phone's memory, often 2 GB or more."},
+    {"system-images;", "A system image needs a few GB while it downloads and unpacks."},
+    {"install openjdk", "Java (OpenJDK 17) needs about 350 MB."},
+    {"install --cask android-commandlinetools", "The Android command line tools need about 200 MB."},
+    {" emulator platform-tools", "The emulator and platform tools need about 1 GB."},
+    {"userdata|The emulator exited", "A phone needs several GB for its data when it starts."},
+};
+
+// The full disk's advice, led by what the failed job needed when its text says which job it was.
+QString diskTodo(const QString &text, const char *todo)
+{
+    static const QList<QRegularExpression> patterns = [] {
+        QList<QRegularExpression> compiled;
+        for (const DiskNeed &need : diskNeeds)
+            compiled.append(QRegularExpression(QString::fromUtf8(need.pattern)));
+        return compiled;
+    }();
+    for (qsizetype i = 0; i < patterns.size(); ++i) {
+        if (patterns[i].match(text).hasMatch())
+            return QString::fromUtf8(diskNeeds[i].needs) + QLatin1Char(' ') + QString::fromUtf8(todo);
+    }
+    return QString::fromUtf8(todo);
+}
 
 QString fixName(Fix fix)
 {
@@ -160,8 +190,10 @@ QVariantMap KnownFailures::explain(const QString &text)
         const Entry &entry = table[i];
         if (!patterns[i].match(text).hasMatch())
             continue;
-        QVariantMap found = hint(QString::fromUtf8(entry.name), QString::fromUtf8(entry.what),
-            QString::fromUtf8(entry.todo), entry.fix);
+        const QString todo = qstrcmp(entry.name, "disk-full") == 0 ? diskTodo(text, entry.todo)
+                                                                   : QString::fromUtf8(entry.todo);
+        QVariantMap found
+            = hint(QString::fromUtf8(entry.name), QString::fromUtf8(entry.what), todo, entry.fix);
         if (entry.fix == Fix::Reinstall) {
             // adb names the file, and Android the package whose signature differs.
             static const QRegularExpression named(

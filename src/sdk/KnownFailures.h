@@ -21,7 +21,8 @@ public:
     Q_INVOKABLE static QStringList names();
     // The first entry that matches `text`, as name, what, todo, fix ("installImage", "reinstall",
     // "removeLock" or empty) and fixLabel; for "reinstall" also the package and the file's path as adb
-    // named them. Empty when no entry matches.
+    // named them. A full disk's todo names what the job needed, when the text names the job (a job's log
+    // starts with its command). Empty when no entry matches.
     Q_INVOKABLE static QVariantMap explain(const QString &text);
     // A stopped phone whose folder still holds an emulator's locks, in the same shape.
     Q_INVOKABLE static QVariantMap staleLock(const QString &phone);

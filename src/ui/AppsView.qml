@@ -94,6 +94,7 @@ ScrollView {
 
         RowLayout {
             visible: view.target !== null
+            spacing: Style.spacing
             Layout.fillWidth: true
             Layout.topMargin: 12
             Layout.leftMargin: 12
@@ -243,6 +244,17 @@ ScrollView {
                 onClicked: view.refresh()
             }
         }
+        // A listing that failed leaves the earlier list in place, marked as what it is.
+        Label {
+            objectName: "packagesOutOfDate"
+            visible: view.target !== null && view.installer.packagesOutOfDate && view.installer.packages.length > 0
+            text: "The list could not be read just now: these are the apps listed before, and may be out of date."
+            color: Style.orange
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+        }
         Label {
             objectName: "packagesNote"
             visible: view.target !== null && view.installer.packagesNote !== undefined
@@ -267,6 +279,7 @@ ScrollView {
             objectName: "packageList"
             visible: view.target !== null
             model: view.installer.packages
+            spacing: Style.spacing
             clip: true
             Layout.fillWidth: true
             Layout.fillHeight: true
@@ -277,9 +290,13 @@ ScrollView {
             delegate: RowLayout {
                 required property string modelData
                 width: ListView.view.width
+                spacing: Style.spacing
                 Label {
+                    objectName: "package " + modelData
                     text: modelData
                     font: Style.mono
+                    // Dimmed while the list may be out of date; its buttons still act on the phone.
+                    opacity: view.installer.packagesOutOfDate ? 0.5 : 1
                     elide: Text.ElideRight
                     Layout.fillWidth: true
                 }

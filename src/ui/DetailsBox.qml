@@ -33,7 +33,7 @@ Rectangle {
         }
         DisclosureButton {
             objectName: "showDetails"
-            text: "Show Details"
+            text: box.open ? "Hide Details" : "Show Details"
             checked: box.open
             onToggled: box.open = checked
         }

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Shapes
 
 // The Mac's disclosure control: a triangle that points right when closed and down when open, then its label.
 AbstractButton {
@@ -16,22 +15,32 @@ AbstractButton {
 
     contentItem: Row {
         spacing: 5
-        Shape {
+        // Painted, turn included, on a canvas: every scene graph backend draws one, the software one too.
+        Canvas {
+            objectName: "disclosureTriangle"
+            readonly property color fill: Style.secondary
+            // Degrees clockwise from pointing right.
+            property real turn: control.checked ? 90 : 0
             width: 9
             height: 9
             anchors.verticalCenter: parent.verticalCenter
-            rotation: control.checked ? 90 : 0
-            Behavior on rotation {
+            Behavior on turn {
                 NumberAnimation { duration: 120 }
             }
-            ShapePath {
-                fillColor: Style.secondary
-                strokeColor: "transparent"
-                startX: 1.5
-                startY: 0.5
-                PathLine { x: 8.5; y: 4.5 }
-                PathLine { x: 1.5; y: 8.5 }
-                PathLine { x: 1.5; y: 0.5 }
+            onFillChanged: requestPaint()
+            onTurnChanged: requestPaint()
+            onPaint: {
+                const context = getContext("2d")
+                context.reset()
+                context.translate(width / 2, height / 2)
+                context.rotate(turn * Math.PI / 180)
+                context.fillStyle = fill
+                context.beginPath()
+                context.moveTo(-3, -4)
+                context.lineTo(4, 0)
+                context.lineTo(-3, 4)
+                context.closePath()
+                context.fill()
             }
         }
         Text {

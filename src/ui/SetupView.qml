@@ -8,6 +8,8 @@ ScrollView {
     id: view
     property SetupController setup: TolvaneApp.setup
     readonly property bool jobRunning: setup.job.isRunning
+    // The licences are a numbered step only while their card is shown: the steps after it count on from it.
+    readonly property bool licenseStep: setup.cmdlineReady && setup.javaReady && !setup.licensesAccepted
     readonly property bool emulatorOk: setup.emulatorReady && setup.platformToolsReady
     readonly property string emulatorDetail: {
         if (emulatorOk)
@@ -79,7 +81,7 @@ ScrollView {
 
         Card {
             objectName: "licenseCard"
-            visible: view.setup.cmdlineReady && view.setup.javaReady && !view.setup.licensesAccepted
+            visible: view.licenseStep
             spacing: 8
             Layout.fillWidth: true
             Layout.leftMargin: 12
@@ -159,7 +161,7 @@ ScrollView {
             Layout.rightMargin: 12
             Label {
                 objectName: "emulatorHeading"
-                text: view.setup.licensesAccepted ? "2. Emulator" : "3. Emulator"
+                text: (view.licenseStep ? "3" : "2") + ". Emulator"
                 font: Style.headline
             }
             RequirementRow {

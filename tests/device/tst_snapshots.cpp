@@ -61,7 +61,7 @@ private Q_SLOTS:
             << "big"
             << "disk-full"
             << "Could not save snapshot big: Failed to save snapshot 'big': No space left on device\n"
-               "The Mac's disk is too full."
+               "The Mac's disk is too full. A snapshot takes"
             << QStringList {"before_login", "v2.1"};
         QTest::newRow("delete") << "delete"
                                 << "v2.1"

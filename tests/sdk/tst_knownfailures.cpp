@@ -49,6 +49,25 @@ const std::pair<const char *, const char *> wordings[] = {
     {"", "Performing Streamed Install\nSuccess"},
 };
 
+// A full disk's advice names what the failed job needed, known from its log's command or its own words.
+const std::pair<const char *, const char *> diskNeeds[] = {
+    {"$ /opt/homebrew/bin/brew install openjdk@17\nError: No space left on device @ rb_sysopen",
+        "Java (OpenJDK 17) needs about 350 MB."},
+    {"$ /opt/homebrew/bin/brew install --cask android-commandlinetools\nNo space left on device",
+        "The Android command line tools need about 200 MB."},
+    {"$ /sdk/sdkmanager --sdk_root=/emulator emulator platform-tools\njava.io.IOException: No space left on "
+     "device",
+        "The emulator and platform tools need about 1 GB."},
+    {"$ /sdk/sdkmanager --sdk_root=/sdk system-images;android-34;google_apis;arm64-v8a\nAndroid Emulator: No "
+     "space left on device",
+        "A system image needs a few GB while it downloads and unpacks."},
+    {"The emulator exited with status 1.\n\nERROR   | Not enough space to create userdata partition.",
+        "A phone needs several GB for its data when it starts."},
+    {"KO: Failed to save snapshot 'big': No space left on device",
+        "A snapshot takes about as much space as the phone's memory, often 2 GB or more."},
+    {"java.io.IOException: No space left on device", ""},
+};
+
 } // namespace
 
 class TestKnownFailures : public QObject
@@ -84,6 +103,24 @@ private Q_SLOTS:
             QCOMPARE(hint.value(QStringLiteral("path")).toString(), QStringLiteral("/a/b c.apk"));
             QCOMPARE(hint.value(QStringLiteral("package")).toString(), QStringLiteral("com.example.app"));
         }
+    }
+
+    void diskFullNamesTheNeed_data()
+    {
+        columns<QString, QString>("text", "needs");
+        for (const auto &[text, needs] : diskNeeds)
+            QTest::newRow(needs[0] ? needs : "unknown job")
+                << QString::fromUtf8(text) << QString::fromUtf8(needs);
+    }
+
+    void diskFullNamesTheNeed()
+    {
+        auto [text, needs] = row<QString, QString>("text", "needs");
+
+        const QString todo = KnownFailures::explain(text).value(QStringLiteral("todo")).toString();
+        QCOMPARE(todo,
+            (needs.isEmpty() ? needs : needs + QLatin1Char(' '))
+                + QStringLiteral("Free some space on the Mac and try again."));
     }
 };
 

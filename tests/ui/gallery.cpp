@@ -92,6 +92,8 @@ void prepare(SimHost &host, const QString &word)
             QStringLiteral("jdk-11.jdk"), QStringLiteral("11.0.24"), QStringLiteral("aarch64"));
     else if (word == QLatin1String("signed-elsewhere"))
         host.setBehaviour(QStringLiteral("known-failure"), "update-incompatible");
+    else if (word == QLatin1String("disk-full"))
+        host.setBehaviour(QStringLiteral("known-failure"), "disk-full");
     else if (word == QLatin1String("started-twice")) {
         host.startPhone(QStringLiteral("Pixel_8_Play"));
         host.startPhone(QStringLiteral("Pixel_8_Play"), 5556, {QStringLiteral("-read-only")});
@@ -203,6 +205,12 @@ struct Shot
         } else if (word == QLatin1String("cancel-job")) {
             setup->job()->job()->cancel();
             waitUntil([&] { return !setup->job()->isRunning(); });
+        } else if (word == QLatin1String("emulator-fails")) {
+            setup->installEmulator();
+            waitUntil([&] { return !setup->job()->isRunning() && setup->message().has_value(); });
+        } else if (word == QLatin1String("list-fails")) {
+            sim.host().setBehaviour(QStringLiteral("adb.pm.fail"), "1");
+            QCoro::waitFor(app->installer()->refreshPackagesTask(QStringLiteral("emulator-5554")));
         } else if (word == QLatin1String("java-fails")) {
             setup->installJava();
             waitUntil([&] { return !setup->job()->isRunning() && setup->message().has_value(); });
@@ -287,9 +295,10 @@ struct Shot
             // The app menu's About Tolvane, where the platform draws a menu bar.
             QMetaObject::invokeMethod(main, "showAbout");
             settle();
-        } else if (word == QLatin1String("apps-end")) {
+        } else if (word == QLatin1String("end")) {
+            // A scrolling tab, by its name, scrolled to its end.
             settle(); // the hint's height is laid out first
-            auto *flick = find(QStringLiteral("appsView"))->property("contentItem").value<QObject *>();
+            auto *flick = find(argument)->property("contentItem").value<QObject *>();
             flick->setProperty(
                 "contentY", flick->property("contentHeight").toReal() - flick->property("height").toReal());
         } else if (word == QLatin1String("focus")) {
@@ -399,7 +408,7 @@ const char *const shots[][3] = {
     {"27-setup-old-java", "brew old-java tools", ""},
     {"28-apps-fix-on-another-phone", "phones signed-elsewhere",
         "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk|install:com.example.notes.apk|"
-        "start:Pixel_8_Play|pick:Pixel_8_Play|apps-end"},
+        "start:Pixel_8_Play|pick:Pixel_8_Play|end:appsView"},
     {"29-logcat-levels-and-crash", "phones", "start:Pixel_7_API_34|logs|logcat|next-crash"},
     {"30-logcat-app-filter", "phones", "start:Pixel_7_API_34|logs|logcat|logcat-filter"},
     {"31-phones-snapshots-running", "phones snapshots",
@@ -421,6 +430,9 @@ const char *const shots[][3] = {
     {"44-apps-reinstalled", "phones signed-elsewhere",
         "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk|install:com.example.notes.apk|reinstall"},
     {"45-about-box", "ready", "about"},
+    {"46-setup-disk-full", "brew java tools licences disk-full", "emulator-fails|end:setupView"},
+    {"47-apps-listing-failed", "phones",
+        "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk,org.example.maps.apk|list-fails"},
 };
 
 } // namespace

@@ -100,6 +100,18 @@ TolvaneTestCase {
         mouseClick(findChild(view, "uninstall com.example.two"))
         tryVerify(() => installer.packages.join() === "com.example.one,com.example.three", 30000, installer.output)
         verify(installer.output.endsWith("Success"))
+        // A listing that fails keeps the list, dimmed, and says it may be out of date.
+        sim.setBehaviour("adb.pm.fail", "1")
+        mouseClick(findChild(view, "Refresh"))
+        const outOfDate = findChild(view, "packagesOutOfDate")
+        tryVerify(() => outOfDate.visible, 20000)
+        compare(installer.packages.join(), "com.example.one,com.example.three")
+        verify(findChild(view, "package com.example.one").opacity < 1)
+        verify(findChild(view, "packagesNote").text.startsWith("Could not list apps: "))
+        sim.clearBehaviour("adb.pm.fail")
+        mouseClick(findChild(view, "Refresh"))
+        tryVerify(() => !outOfDate.visible, 20000)
+        compare(findChild(view, "package com.example.one").opacity, 1)
 
         // The screenshot is saved where the save dialog's chooser says.
         const target = sim.root() + "/Shot.png"

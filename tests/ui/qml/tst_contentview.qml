@@ -82,6 +82,38 @@ TolvaneTestCase {
         ])
     }
 
+    // The disclosure says what pressing it does, and its triangle is drawn whatever the renderer (these tests
+    // run on the software one).
+    function test_detailsDisclosure_data() {
+        return [
+            { tag: "closed", open: false, text: "Show Details", turn: 0 },
+            { tag: "open", open: true, text: "Hide Details", turn: 90 }
+        ]
+    }
+    function test_detailsDisclosure(data) {
+        const box = createTemporaryObject(detailsComponent, root, { open: data.open })
+        const toggle = findChild(box, "showDetails")
+        compare(toggle.text, data.text)
+        const triangle = findChild(toggle, "disclosureTriangle")
+        tryCompare(triangle, "turn", data.turn)
+        // Its pixels in the secondary colour, once painted. A grab takes the place an item has in its parent,
+        // so the box is grabbed whole.
+        const drawn = () => {
+            const image = grabImage(box)
+            const at = triangle.mapToItem(box, 0, 0)
+            let count = 0
+            for (let x = at.x; x < at.x + triangle.width; ++x) {
+                for (let y = at.y; y < at.y + triangle.height; ++y) {
+                    const pixel = image.pixel(x, y)
+                    if (Math.abs(pixel.r - Style.secondary.r) + Math.abs(pixel.g - Style.secondary.g) + Math.abs(pixel.b - Style.secondary.b) < 0.1)
+                        ++count
+                }
+            }
+            return count
+        }
+        tryVerify(() => drawn() >= 10, 5000, "the triangle is drawn")
+    }
+
     function test_intelNoticeAlone() {
         const view = createTemporaryObject(contentComponent, root, { setup: sim.intelSetup() })
         verify(findChild(view, "intelNotice").visible)
