@@ -2,7 +2,6 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Dialogs
 import QtQuick.Layouts
-import QtQuick.Shapes
 import Tolvane
 
 // Installs apps on a running phone, lists and removes the user's apps, takes screenshots. The tab scrolls
@@ -139,29 +138,26 @@ ScrollView {
                 drop.accept(Qt.CopyAction)
             }
 
-            Shape {
+            // Painted on a canvas, which the scroll view clips like any item when the tab scrolls.
+            Canvas {
+                id: outline
+                readonly property color fill: view.targeted ? Qt.rgba(Style.accent.r, Style.accent.g, Style.accent.b, 0.15)
+                                                            : Qt.rgba(0.5, 0.5, 0.5, Style.dark ? 0.14 : 0.08)
+                readonly property color stroke: view.targeted ? Style.accent : Style.secondary
                 anchors.fill: parent
-                ShapePath {
-                    id: outline
-                    readonly property real r: 8
-                    readonly property real w: dropZone.width
-                    readonly property real h: dropZone.height
-                    fillColor: view.targeted ? Qt.rgba(Style.accent.r, Style.accent.g, Style.accent.b, 0.15)
-                                             : Qt.rgba(0.5, 0.5, 0.5, Style.dark ? 0.14 : 0.08)
-                    strokeColor: view.targeted ? Style.accent : Style.secondary
-                    strokeWidth: 1.5
-                    strokeStyle: ShapePath.DashLine
-                    dashPattern: [8 / 1.5, 8 / 1.5]
-                    startX: outline.r
-                    startY: 0.75
-                    PathLine { x: outline.w - outline.r; y: 0.75 }
-                    PathArc { x: outline.w - 0.75; y: outline.r; radiusX: outline.r; radiusY: outline.r }
-                    PathLine { x: outline.w - 0.75; y: outline.h - outline.r }
-                    PathArc { x: outline.w - outline.r; y: outline.h - 0.75; radiusX: outline.r; radiusY: outline.r }
-                    PathLine { x: outline.r; y: outline.h - 0.75 }
-                    PathArc { x: 0.75; y: outline.h - outline.r; radiusX: outline.r; radiusY: outline.r }
-                    PathLine { x: 0.75; y: outline.r }
-                    PathArc { x: outline.r; y: 0.75; radiusX: outline.r; radiusY: outline.r }
+                onFillChanged: requestPaint()
+                onStrokeChanged: requestPaint()
+                onPaint: {
+                    const context = getContext("2d")
+                    context.reset()
+                    context.beginPath()
+                    context.roundedRect(0.75, 0.75, width - 1.5, height - 1.5, 8, 8)
+                    context.fillStyle = fill
+                    context.fill()
+                    context.lineWidth = 1.5
+                    context.setLineDash([8 / 1.5, 8 / 1.5])
+                    context.strokeStyle = stroke
+                    context.stroke()
                 }
             }
             ColumnLayout {
