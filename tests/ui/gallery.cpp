@@ -433,6 +433,7 @@ const char *const shots[][3] = {
     {"46-setup-disk-full", "brew java tools licences disk-full", "emulator-fails|end:setupView"},
     {"47-apps-listing-failed", "phones",
         "start:Pixel_7_API_34|tab:2|install:com.example.notes.apk,org.example.maps.apk|list-fails"},
+    {"48-apps-no-output-yet", "phones", "start:Pixel_7_API_34|tab:2|end:appsView"},
 };
 
 } // namespace
