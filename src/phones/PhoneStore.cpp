@@ -44,6 +44,16 @@ PhoneStore::Timeouts &currentTimeouts()
     return timeouts;
 }
 
+// Sets or removes a phone's entry of a by-name map; true when that changed the map.
+bool setEntry(QVariantMap &map, const QString &name, const std::optional<QString> &text)
+{
+    if (text) {
+        map.insert(name, *text);
+        return true;
+    }
+    return map.remove(name) > 0;
+}
+
 } // namespace
 
 const PhoneStore::Timeouts &PhoneStore::timeouts()
@@ -181,13 +191,8 @@ void PhoneStore::start(const QString &name, const StartOptions &options)
 
 void PhoneStore::setRefusal(const QString &name, std::optional<QString> why)
 {
-    if (why)
-        m_refusals.insert(name, *why);
-    else if (!m_refusals.contains(name))
-        return;
-    else
-        m_refusals.remove(name);
-    Q_EMIT refusalsChanged();
+    if (setEntry(m_refusals, name, why))
+        Q_EMIT refusalsChanged();
 }
 
 void PhoneStore::setInstallingImage(bool installing)
@@ -198,11 +203,8 @@ void PhoneStore::setInstallingImage(bool installing)
 
 void PhoneStore::setFix(QVariantMap &fixes, const QString &name, std::optional<QString> text)
 {
-    if (text)
-        fixes.insert(name, *text);
-    else if (!fixes.remove(name))
-        return;
-    Q_EMIT fixesChanged();
+    if (setEntry(fixes, name, text))
+        Q_EMIT fixesChanged();
 }
 
 void PhoneStore::dismissError()
@@ -437,14 +439,17 @@ void PhoneStore::setCatalogFailure(std::optional<Failure> &kind, std::optional<F
     Q_EMIT catalogFailureChanged();
 }
 
+const std::optional<PhoneStore::Failure> &PhoneStore::catalogFailure() const
+{
+    return m_deviceFailure ? m_deviceFailure : m_imageFailure;
+}
+
 QVariant PhoneStore::catalogFailureVariant() const
 {
-    const std::optional<Failure> &failure = m_deviceFailure ? m_deviceFailure : m_imageFailure;
-    return failure ? QVariant(failure->summary) : QVariant();
+    return catalogFailure() ? QVariant(catalogFailure()->summary) : QVariant();
 }
 
 QString PhoneStore::catalogFailureDetails() const
 {
-    const std::optional<Failure> &failure = m_deviceFailure ? m_deviceFailure : m_imageFailure;
-    return failure ? failure->details : QString();
+    return catalogFailure() ? catalogFailure()->details : QString();
 }

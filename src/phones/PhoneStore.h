@@ -202,6 +202,8 @@ private:
     };
     // Sets the store's error too when there is a failure.
     void setCatalogFailure(std::optional<Failure> &kind, std::optional<Failure> failure);
+    // The models' failure before the versions': the sheet shows one.
+    const std::optional<Failure> &catalogFailure() const;
     // What goes with the summary of a failed run: the launch error, else everything the tool printed.
     static QString failureDetails(const ProcessResult &result);
     void removeRunner(const QString &name);
