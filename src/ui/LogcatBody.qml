@@ -206,6 +206,8 @@ ColumnLayout {
                         eventPoint.position.y + list.contentY)
                     if (row >= 0) {
                         list.currentIndex = row
+                        // Also when the row was already picked and the view has since followed the end.
+                        body.following = false
                         list.forceActiveFocus(Qt.MouseFocusReason)
                     }
                 }
